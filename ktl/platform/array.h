@@ -1,5 +1,6 @@
 #pragma once
 
+#include <limits>
 #include <utility>
 #include <vector>
 
@@ -47,6 +48,12 @@ class CArray {
     int Add(ARG element) {
         m_data.push_back(element);
         return GetUpperBound();
+    }
+    /// Adds `count` new elements at the end; the first of them, or null when `count` is 0.
+    TYPE *Extend(int count) {
+        if (count < 0 || count > std::numeric_limits<int>::max() - GetSize()) throw CInvalidArgException();
+        m_data.resize(m_data.size() + static_cast<std::size_t>(count));
+        return count > 0 ? m_data.data() + (m_data.size() - static_cast<std::size_t>(count)) : nullptr;
     }
     /// The old size. An array is never appended to itself: throws.
     int Append(const CArray &source) {

@@ -17,7 +17,9 @@ namespace ktl {
 KTL_API CString FromUtf8(std::string_view utf8, int *replaced = nullptr);
 /// UTF-8 from GBK. Never fails: bytes that are no character become U+FFFD.
 KTL_API std::string ToUtf8(std::string_view gbk);
-inline std::string ToUtf8(const CString &gbk) { return ToUtf8(gbk.View()); }
+inline std::string ToUtf8(const CString &gbk) {
+    return ToUtf8(gbk.View());
+}
 
 /// Wide (UTF-32) text from GBK and back, by the same table.
 KTL_API std::wstring WideFromGbk(std::string_view gbk);

@@ -8,8 +8,8 @@
 
 #include "ktl/platform/export.h"
 
-/// An 8-bit string of GBK bytes. Lengths and positions count bytes; searching, replacing, trimming and folding case walk
-/// characters, so that a trail byte never matches an ASCII needle. No operation throws for a bad position: it is
+/// An 8-bit string of GBK bytes. Lengths and positions count bytes; searching, replacing, trimming and folding case
+/// walk characters, so that a trail byte never matches an ASCII needle. No operation throws for a bad position: it is
 /// clamped as told at each. `GetAt` and `[]` alone throw `CInvalidArgException`.
 ///
 ///     CString path = folder + "\\" + name;
@@ -96,6 +96,15 @@ KTL_API CString operator+(const CString &a, const char *b);
 KTL_API CString operator+(const char *a, const CString &b);
 KTL_API CString operator+(const CString &a, char b);
 
-inline bool operator==(const CString &a, const CString &b) { return a.Compare(b) == 0; }
-inline bool operator==(const CString &a, const char *b) { return a.Compare(b) == 0; }
-inline bool operator<(const CString &a, const CString &b) { return a.Compare(b) < 0; }
+inline bool operator==(const CString &a, const CString &b) {
+    return a.Compare(b) == 0;
+}
+inline bool operator==(const CString &a, const char *b) {
+    return a.Compare(b) == 0;
+}
+inline std::strong_ordering operator<=>(const CString &a, const CString &b) {
+    return a.Compare(b) <=> 0;
+}
+inline std::strong_ordering operator<=>(const CString &a, const char *b) {
+    return a.Compare(b) <=> 0;
+}

@@ -30,9 +30,15 @@ constexpr BOOL FALSE = 0;
 constexpr COLORREF RGB(unsigned red, unsigned green, unsigned blue) {
     return (red & 0xFFU) | (green & 0xFFU) << 8 | (blue & 0xFFU) << 16;
 }
-constexpr BYTE GetRValue(COLORREF color) { return static_cast<BYTE>(color); }
-constexpr BYTE GetGValue(COLORREF color) { return static_cast<BYTE>(color >> 8); }
-constexpr BYTE GetBValue(COLORREF color) { return static_cast<BYTE>(color >> 16); }
+constexpr BYTE GetRValue(COLORREF color) {
+    return static_cast<BYTE>(color);
+}
+constexpr BYTE GetGValue(COLORREF color) {
+    return static_cast<BYTE>(color >> 8);
+}
+constexpr BYTE GetBValue(COLORREF color) {
+    return static_cast<BYTE>(color >> 16);
+}
 
 /// A device-independent bitmap's handle; see `Gdiplus::Bitmap::GetHBITMAP` and `DeleteObject`.
 struct HBITMAP__;

@@ -42,8 +42,8 @@ class KTL_API CTime {
   public:
     constexpr CTime() = default;
     constexpr explicit CTime(LONGLONG seconds) : m_seconds(seconds) {}
-    /// Month and day count from 1; the years are 1970 to 3000. `isDaylight` below 0 lets the zone's rules decide. Throws
-    /// CInvalidArgException for what has no place in that range.
+    /// Month and day count from 1; the years are 1970 to 3000. `isDaylight` below 0 lets the zone's rules decide.
+    /// Throws CInvalidArgException for what has no place in that range.
     CTime(int year, int month, int day, int hour, int minute, int second, int isDaylight = -1);
 
     /// Now, by the clock in use.

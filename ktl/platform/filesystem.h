@@ -28,7 +28,14 @@ struct FileInfo {
     std::uint64_t inode = 0;
     /// The permission bits, for a file that takes another's place.
     unsigned mode = 0;
+    /// The part of `modified` below a second, in nanoseconds.
+    std::uint32_t modifiedFraction = 0;
+    /// The names that the file has; 0 when it was removed or replaced while open.
+    std::uint64_t links = 1;
 };
+
+/// A lock on an open file, against other openings of it in this process or another.
+enum class FileLock { None, Shared, Exclusive };
 
 /// How a file is opened; at least one of read and write.
 enum OpenFlags : unsigned {
@@ -68,6 +75,9 @@ class KTL_API FileSystem {
     /// Returns when the content is on the disk.
     virtual int Flush(File file);
     virtual int Stat(File file, FileInfo &info);
+    /// Sets this opening's lock, or takes it away. Advisory; never waits: EAGAIN when another opening's lock stands
+    /// against it. Goes with the file's closing.
+    virtual int Lock(File file, FileLock lock);
 
     virtual int Stat(const std::string &path, FileInfo &info);
     /// A file already at `to` is replaced in one step.

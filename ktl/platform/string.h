@@ -87,6 +87,12 @@ class KTL_API CString {
     char *GetBuffer(int length);
     void ReleaseBuffer(int length = -1);
 
+    /// Comparison as `Compare`. Found through a CString only, so that other texts keep their own comparison.
+    friend bool operator==(const CString &a, const CString &b) { return a.Compare(b) == 0; }
+    friend bool operator==(const CString &a, const char *b) { return a.Compare(b) == 0; }
+    friend std::strong_ordering operator<=>(const CString &a, const CString &b) { return a.Compare(b) <=> 0; }
+    friend std::strong_ordering operator<=>(const CString &a, const char *b) { return a.Compare(b) <=> 0; }
+
   private:
     std::string m_text;
 };
@@ -95,16 +101,3 @@ KTL_API CString operator+(const CString &a, const CString &b);
 KTL_API CString operator+(const CString &a, const char *b);
 KTL_API CString operator+(const char *a, const CString &b);
 KTL_API CString operator+(const CString &a, char b);
-
-inline bool operator==(const CString &a, const CString &b) {
-    return a.Compare(b) == 0;
-}
-inline bool operator==(const CString &a, const char *b) {
-    return a.Compare(b) == 0;
-}
-inline std::strong_ordering operator<=>(const CString &a, const CString &b) {
-    return a.Compare(b) <=> 0;
-}
-inline std::strong_ordering operator<=>(const CString &a, const char *b) {
-    return a.Compare(b) <=> 0;
-}

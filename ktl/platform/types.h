@@ -24,8 +24,13 @@ using WCHAR = wchar_t;
 /// A colour as 0x00BBGGRR.
 using COLORREF = std::uint32_t;
 
+// Other libraries' headers define these as macros, before or after this one; either form serves.
+#ifndef TRUE
 constexpr BOOL TRUE = 1;
+#endif
+#ifndef FALSE
 constexpr BOOL FALSE = 0;
+#endif
 
 constexpr COLORREF RGB(unsigned red, unsigned green, unsigned blue) {
     return (red & 0xFFU) | (green & 0xFFU) << 8 | (blue & 0xFFU) << 16;

@@ -4,21 +4,20 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <map>
-#include <mutex>
-#include <tuple>
+#include <iterator>
 #include <utility>
 
 #include "ktl/platform/encoding.h"
 #include "ktl/platform/last_error.h"
+#include "ktl/platform/share_table.h"
 
 using ktl::FileInfo;
 using ktl::FileSystem;
+using ktl::ShareTable;
 
 namespace {
 
 constexpr UINT kAccessMask = 0x3;
-constexpr UINT kShareMask = 0x70;
 constexpr unsigned kWriteBits = 0222;
 constexpr unsigned kOwnerWriteBit = 0200;
 
@@ -79,67 +78,6 @@ CFileException FromPlatformError(DWORD error, const CString &fileName) {
     }
     return CFileException(cause, static_cast<LONG>(error), fileName);
 }
-
-// The files that this process holds open, with what each wants and what it leaves to others: the system itself has no
-// such rule.
-class ShareTable {
-  public:
-    static ShareTable &Instance() {
-        // Never destroyed: files of static life close at the program's end.
-        static ShareTable *const table = new ShareTable;
-        return *table;
-    }
-
-    bool Enter(FileSystem::File file, const FileInfo &info, UINT flags) {
-        const Entry entry = MakeEntry(info, flags);
-        const std::lock_guard guard(m_mutex);
-        if (!entry.IsKnown()) return true;
-        for (const auto &[other, held] : m_entries) {
-            if (held.IsSameFile(entry) && (held.Denies(entry) || entry.Denies(held))) return false;
-        }
-        m_entries[file] = entry;
-        return true;
-    }
-    void Leave(FileSystem::File file) {
-        const std::lock_guard guard(m_mutex);
-        m_entries.erase(file);
-    }
-    bool IsOpen(const FileInfo &info) {
-        const Entry entry = MakeEntry(info, CFile::modeRead);
-        const std::lock_guard guard(m_mutex);
-        return entry.IsKnown() && std::any_of(m_entries.begin(), m_entries.end(),
-                                              [&](const auto &item) { return item.second.IsSameFile(entry); });
-    }
-
-  private:
-    struct Entry {
-        std::uint64_t device;
-        std::uint64_t inode;
-        bool reads;
-        bool writes;
-        bool deniesRead;
-        bool deniesWrite;
-
-        bool IsKnown() const { return device != 0 || inode != 0; }
-        bool IsSameFile(const Entry &other) const { return device == other.device && inode == other.inode; }
-        bool Denies(const Entry &other) const { return (deniesRead && other.reads) || (deniesWrite && other.writes); }
-    };
-
-    static Entry MakeEntry(const FileInfo &info, UINT flags) {
-        const UINT access = flags & kAccessMask;
-        const UINT share = flags & kShareMask;
-        const bool isExclusive = share == CFile::shareCompat || share == CFile::shareExclusive;
-        return {info.device,
-                info.inode,
-                access != CFile::modeWrite,
-                access != CFile::modeRead,
-                isExclusive || share == CFile::shareDenyRead,
-                isExclusive || share == CFile::shareDenyWrite};
-    }
-
-    std::mutex m_mutex;
-    std::map<FileSystem::File, Entry> m_entries;
-};
 
 unsigned SystemOpenFlags(UINT flags) {
     const UINT access = flags & kAccessMask;
@@ -415,7 +353,8 @@ void CFile::Throw(int systemError) const {
 namespace ktl {
 
 ReplacementFile::ReplacementFile(const CString &target)
-    : m_target(ExistingPath(SystemPath(target))), m_temporary(TemporaryNameFor(m_target)) {
+    : m_target(FileSystem::Current().RealPath(ExistingPath(SystemPath(target)))),
+      m_temporary(TemporaryNameFor(m_target)) {
     CFileException error;
     if (!Open(PlatformPath(m_temporary), modeCreate | modeReadWrite, &error)) {
         throw CFileException(error.m_cause, error.m_lOsError, target);
@@ -436,12 +375,7 @@ void ReplacementFile::Commit() {
     const CString name = m_strFileName;
     Flush();
     Close();
-    FileInfo old;
-    FileSystem &files = FileSystem::Current();
-    const bool isBlocked =
-        files.Stat(m_target, old) == 0 && (old.isFolder || old.isReadOnly || ShareTable::Instance().IsOpen(old));
-    if (isBlocked) throw CFileException::FromSystemError(EACCES, name);
-    if (const int error = files.Rename(m_temporary, m_target)) throw CFileException::FromSystemError(error, name);
+    if (const int error = PutInPlace(m_temporary, m_target)) throw CFileException::FromSystemError(error, name);
     m_temporary.clear();
 }
 

@@ -8,10 +8,11 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <cstdio>
+#include <cstdlib>
 #include <memory>
 
 #include "ktl/platform/encoding.h"
+#include "ktl/platform/share_table.h"
 
 namespace ktl {
 namespace {
@@ -169,6 +170,11 @@ int FileSystem::List(const std::string &folder, std::vector<std::string> &names)
     return errno;
 }
 
+std::string FileSystem::RealPath(const std::string &path) {
+    const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr), &std::free);
+    return real ? std::string(real.get()) : path;
+}
+
 int FileSystem::MakeFolder(const std::string &path) {
     constexpr mode_t kNewFolderMode = 0777;
     return ErrorOf(::mkdir(path.c_str(), kNewFolderMode));
@@ -231,15 +237,26 @@ std::string TemporaryNameFor(const std::string &systemPath) {
     }
 }
 
-int ReplaceWholeFile(const std::string &systemPath, std::string_view content) {
+int PutInPlace(const std::string &temporary, const std::string &target) {
     FileSystem &files = FileSystem::Current();
     FileInfo old;
-    const bool exists = files.Stat(systemPath, old) == 0;
-    if (exists && old.isReadOnly) return EACCES;
-    const std::string temporary = TemporaryNameFor(systemPath);
+    if (files.Stat(target, old) == 0) {
+        if (old.isFolder) return EISDIR;
+        if (old.isReadOnly) return EACCES;
+        if (ShareTable::Instance().IsOpen(old)) return EBUSY;
+    }
+    return files.Rename(temporary, target);
+}
+
+int ReplaceWholeFile(const std::string &systemPath, std::string_view content) {
+    FileSystem &files = FileSystem::Current();
+    const std::string target = files.RealPath(systemPath);
+    FileInfo old;
+    const bool exists = files.Stat(target, old) == 0;
+    const std::string temporary = TemporaryNameFor(target);
     int error = WriteNewFile(files, temporary, content, exists ? &old.mode : nullptr);
     if (error == EEXIST) return error;
-    if (error == 0) error = files.Rename(temporary, systemPath);
+    if (error == 0) error = PutInPlace(temporary, target);
     if (error != 0) files.Remove(temporary);
     return error;
 }

@@ -86,6 +86,8 @@ class KTL_API FileSystem {
     virtual int Remove(const std::string &path);
     /// The names in a folder without "." and "..", in no order.
     virtual int List(const std::string &folder, std::vector<std::string> &names);
+    /// The name that links lead to; the name itself when it cannot be told.
+    virtual std::string RealPath(const std::string &path);
     virtual int MakeFolder(const std::string &path);
     /// Removes an empty folder.
     virtual int RemoveFolder(const std::string &path);
@@ -107,6 +109,9 @@ KTL_API int ReadWholeFile(const std::string &systemPath, std::string &content);
 /// Replaces a file's content in one step: written beside it, flushed, renamed. On an error (an `errno` value) the old
 /// file is as it was and nothing is left beside it. An existing file's permissions are kept.
 KTL_API int ReplaceWholeFile(const std::string &systemPath, std::string_view content);
+/// Puts the complete file `temporary` in the place of `target`, in one step. An `errno` value when the target is a
+/// folder, read-only or open in this process.
+KTL_API int PutInPlace(const std::string &temporary, const std::string &target);
 /// A name beside `systemPath` that no file has at the moment.
 KTL_API std::string TemporaryNameFor(const std::string &systemPath);
 

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "ktl/platform/export.h"
+
+/// \file
+/// Between degrees, the normalised square and Web Mercator metres. The square runs from -0.5 to 0.5 both ways, y
+/// upward, centred on longitude and latitude 0. In the names X and Y mean the square, L and B longitude and latitude in
+/// degrees. Nothing is clamped; at the poles the result is what the arithmetic gives.
+
+namespace ktl {
+
+// Not the exact values, and not interchangeable: stored coordinates were made with these.
+constexpr double PI = 3.14159265358979;
+constexpr double INV_TWO_PI = 0.1591549430918955;
+constexpr double RAD_PER_DEGREE = 0.017453292519943278;
+/// Pi and pi/4 as single-precision numbers.
+constexpr double PI_SINGLE = 3.1415927410125732;
+constexpr double QUARTER_PI_SINGLE = 0.7853981852531433;
+/// Metres.
+constexpr double EARTH_RADIUS = 6378137.0;
+
+}  // namespace ktl
+
+/// Degrees to the square. The outputs may be the inputs' variables.
+KTL_API void KtlGetXY(const double &l, const double &b, double &x, double &y);
+KTL_API double KtlGetX(const double &l);
+KTL_API double KtlGetY(const double &b);
+
+/// The square to degrees. The outputs may be the inputs' variables. Not the exact inverse of `KtlGetXY`: the constants
+/// differ in their last digits.
+KTL_API void KtlGetLB(const double &x, const double &y, double &l, double &b);
+KTL_API double KtlGetL(const double &x);
+KTL_API double KtlGetB(const double &y);
+
+/// Metres, from the square when `isLB` is 0 and from degrees otherwise; y has the precision of single floats. The
+/// inputs are not changed.
+KTL_API void KtlGetProjectXY(double &a, double &b, double &px, double &py, int isLB);
+/// As above for one axis; but when `isLB` is 0 the input becomes the degrees, so a second call on it differs.
+KTL_API double KtlGetProjectX(double &a, int isLB);
+KTL_API double KtlGetProjectY(double &b, int isLB);

@@ -4,57 +4,71 @@
 #include <gdal.h>
 #include <ogr_api.h>
 
-#include "ktl/core/utility.h"
+#include <string>
+
+#include "ktl/core/paths.h"
 #include "ktl/platform/encoding.h"
 #include "ktl/platform/message_box.h"
 
 namespace {
 
+/// The application object and the answer of its start. Made at the first use, so that it is there whatever the order in
+/// which the objects at module level are made.
 class Library {
   public:
-    Library() : m_started(m_app.InitInstance() != FALSE) {}
+    Library() : m_isStarted(m_app.InitInstance()) {}
     Library(const Library &) = delete;
     Library &operator=(const Library &) = delete;
     ~Library() {
-        if (m_started) m_app.ExitInstance();
+        if (m_isStarted) m_app.ExitInstance();
     }
-    bool Started() const { return m_started; }
+
+    BOOL IsStarted() const { return m_isStarted; }
     CKtlApp &App() { return m_app; }
+
+    static Library &Instance() {
+        static Library library;
+        return library;
+    }
 
   private:
     CKtlApp m_app;
-    bool m_started;
+    BOOL m_isStarted;
 };
 
-Library &TheLibrary() {
-    static Library library;
-    return library;
-}
-
-[[maybe_unused]] const bool kStartedOnLoad = ktl::StartLibrary();
-
-/// GDAL's support data beside the application, where a host ships it; otherwise GDAL keeps to its own installation,
-/// without which it would know no coordinate system.
-void SetSupportFolder() {
+/// Sets GDAL_DATA to "data" in the application's folder, which the contract names, but only when there is such a
+/// folder: with a missing one GDAL would not look in its own places, and reading some formats would fail. Takes back
+/// what an earlier call set.
+void SetGdalData() {
+    static std::string set;
     const CString folder = KtlGetAppPathName() + "\\data";
-    if (KtlIsValidFolderPath(folder)) CPLSetConfigOption("GDAL_DATA", ktl::SystemPath(folder).c_str());
+    if (KtlIsValidFolderPath(folder)) {
+        set = ktl::SystemPath(folder);
+        CPLSetConfigOption("GDAL_DATA", set.c_str());
+    } else if (!set.empty() && set == CPLGetConfigOption("GDAL_DATA", "")) {
+        set.clear();
+        CPLSetConfigOption("GDAL_DATA", nullptr);
+    }
 }
+
+[[maybe_unused]] const int kStartedOnLoad = ktl::StartLibrary();
 
 }  // namespace
 
 BOOL CKtlApp::InitInstance() {
     CWinApp::InitInstance();
     if (!AfxSocketInit()) {
-        // The wording speaks of a database though the step is the sockets'; users know it so.
+        // The wording speaks of a database although the step is the sockets'; it stays as users know it.
         AfxMessageBox(ktl::FromUtf8("数据库初始化失败。"));
         return FALSE;
     }
     CoInitialize(nullptr);
     GDALAllRegister();
     OGRRegisterAll();
-    // Names reach GDAL as the system's own bytes.
+    // Only the platform that the system comes from asks GDAL for another encoding of names by this; here names are the
+    // system's UTF-8 bytes with either value.
     CPLSetConfigOption("GDAL_FILENAME_IS_UTF8", "NO");
-    SetSupportFolder();
+    SetGdalData();
     return TRUE;
 }
 
@@ -64,9 +78,15 @@ int CKtlApp::ExitInstance() {
 }
 
 BOOL PreTranslateMessage_KTL(tagMSG *message) {
-    return TheLibrary().App().PreTranslateMessage(message);
+    return Library::Instance().App().PreTranslateMessage(message);
 }
 
-bool ktl::StartLibrary() {
-    return TheLibrary().Started();
+namespace ktl {
+
+int StartLibrary() {
+    if (!Library::Instance().IsStarted()) return 0;
+    SetGdalData();
+    return 1;
 }
+
+}  // namespace ktl

@@ -21,6 +21,9 @@ KTL_API std::string ToUtf8(std::string_view gbk);
 inline std::string ToUtf8(const CString &gbk) {
     return ToUtf8(gbk.View());
 }
+inline std::string ToUtf8(const std::string &gbk) {
+    return ToUtf8(std::string_view(gbk));
+}
 /// Null counts as empty.
 inline std::string ToUtf8(const char *gbk) {
     return ToUtf8(gbk ? std::string_view(gbk) : std::string_view());

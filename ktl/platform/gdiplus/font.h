@@ -90,7 +90,7 @@ class KTL_API Font {
 
   private:
     Status SetResult(Status status) const;
-    void Check(REAL emSize, Unit unit);
+    void Check();
 
     std::shared_ptr<const ktl::raster::Typeface> m_face;
     REAL m_emSize = 0;

@@ -1,0 +1,148 @@
+#include "ktl/shapes/vertex_list.h"
+
+#include <ogr_geometry.h>
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cmath>
+
+#include "ktl/platform/archive.h"
+#include "ktl/webmap/projection.h"
+
+namespace ktl {
+
+namespace {
+
+/// A vertex as it stands in a stream.
+struct StreamVertex {
+    double x;
+    double y;
+};
+static_assert(sizeof(StreamVertex) == 16 && std::endian::native == std::endian::little,
+              "vertices go to the stream as they lie in memory");
+
+constexpr int kBlockVertices = 512;
+using Block = std::array<StreamVertex, kBlockVertices>;
+
+void StoreVertices(CArchive &archive, const VertexArray &vertices) {
+    archive << vertices.GetSize();
+    const POINTD *next = vertices.GetData();
+    Block block;
+    for (int left = vertices.GetSize(); left > 0;) {
+        const int count = std::min(left, kBlockVertices);
+        std::transform(next, next + count, block.begin(), [](const POINTD &p) { return StreamVertex{p.x, p.y}; });
+        archive.Write(block.data(), static_cast<UINT>(count) * sizeof(StreamVertex));
+        next += count;
+        left -= count;
+    }
+}
+
+void LoadVertices(CArchive &archive, VertexArray &vertices) {
+    int total = 0;
+    archive >> total;
+    vertices.RemoveAll();
+    Block block;
+    for (int left = total; left > 0;) {
+        const int count = std::min(left, kBlockVertices);
+        const UINT size = static_cast<UINT>(count) * sizeof(StreamVertex);
+        if (archive.Read(block.data(), size) < size) throw CArchiveException(CArchiveException::endOfFile);
+        if (left == total) vertices.Reserve(count);
+        std::for_each_n(block.begin(), count, [&](const StreamVertex &v) { vertices.Add(CPointD(v.x, v.y)); });
+        left -= count;
+    }
+}
+
+}  // namespace
+
+void CollapseTo(CExtent &extent, const POINTD &point) {
+    extent.SetExtent(point.x, point.y, point.x, point.y);
+}
+
+void GrowTo(CExtent &extent, const POINTD &point) {
+    if (point.x < extent.left) extent.left = point.x;
+    if (point.x > extent.right) extent.right = point.x;
+    if (point.y < extent.bottom) extent.bottom = point.y;
+    if (point.y > extent.top) extent.top = point.y;
+}
+
+void AddVertex(VertexArray &vertices, CExtent &extent, const POINTD &point) {
+    if (vertices.Add(point) == 0) {
+        CollapseTo(extent, point);
+    } else {
+        GrowTo(extent, point);
+    }
+}
+
+void SetVertexAt(VertexArray &vertices, CExtent &extent, int index, const POINTD &point) {
+    vertices.SetAt(index, point);
+    if (index == 0) {
+        CollapseTo(extent, point);
+    } else {
+        GrowTo(extent, point);
+    }
+}
+
+void SetLastVertex(VertexArray &vertices, CExtent &extent, const POINTD &point) {
+    vertices.SetAt(vertices.GetUpperBound(), point);
+    GrowTo(extent, point);
+}
+
+void CalcExtentOf(const VertexArray &vertices, CExtent &extent) {
+    if (vertices.IsEmpty()) return;
+    CollapseTo(extent, vertices[0]);
+    for (const POINTD &vertex : vertices) GrowTo(extent, vertex);
+}
+
+void OffsetVertices(VertexArray &vertices, CExtent &extent, double dx, double dy) {
+    for (POINTD &vertex : vertices) {
+        vertex.x += dx;
+        vertex.y += dy;
+    }
+    extent.Offset(dx, dy);
+}
+
+bool IsNear(const POINTD &a, const POINTD &b, double tolerance) {
+    return std::fabs(a.x - b.x) < tolerance && std::fabs(a.y - b.y) < tolerance;
+}
+
+int FindVertex(const VertexArray &vertices, const POINTD &point, double tolerance) {
+    for (int i = 0; i < vertices.GetSize(); ++i) {
+        if (IsNear(point, vertices[i], tolerance)) return i;
+    }
+    return -1;
+}
+
+int SnapToVertex(const VertexArray &vertices, const POINTD &point, POINTD &snapped, double tolerance) {
+    const int found = FindVertex(vertices, point, tolerance);
+    if (found < 0) return 0;
+    snapped = vertices[found];
+    return 1;
+}
+
+int MoveVertex(const VertexArray &vertices, const POINTD &point, int &index, VertexArray &points) {
+    const int found = FindVertex(vertices, point, kSamePoint);
+    if (found < 0) return 0;
+    index = found;
+    points.Add(vertices[found]);
+    if (found > 0) points.Add(vertices[found - 1]);
+    if (found < vertices.GetUpperBound()) points.Add(vertices[found + 1]);
+    return 1;
+}
+
+void SerializeVertices(CArchive &archive, VertexArray &vertices, int /*version*/) {
+    if (archive.IsStoring()) {
+        StoreVertices(archive, vertices);
+    } else {
+        LoadVertices(archive, vertices);
+    }
+}
+
+void CopyToCurve(const VertexArray &vertices, OGRSimpleCurve &curve) {
+    curve.setNumPoints(vertices.GetSize(), FALSE);
+    for (int i = 0; i < vertices.GetSize(); ++i) {
+        curve.setPoint(i, KtlGetL(vertices[i].x), KtlGetB(vertices[i].y));
+    }
+}
+
+}  // namespace ktl

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 
 #include "host/error.h"
 
@@ -55,6 +56,9 @@ std::string OutputFiles::PartName(const std::string &path) {
 }
 
 void OutputFiles::Add(const std::string &path, std::string_view bytes) {
+    // Found out now, since a rename that fails later would leave the files before it.
+    std::error_code ignored;
+    if (std::filesystem::is_directory(path, ignored)) Fail(path, EISDIR);
     Descriptor file(open(PartName(path).c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
     if (file.Get() < 0) Fail(path, errno);
     m_names.push_back(path);

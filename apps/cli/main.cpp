@@ -1,0 +1,75 @@
+#include <cstdio>
+#include <string>
+
+#include "apps/cli/command.h"
+#include "host/error.h"
+
+namespace {
+
+using namespace ktl::cli;
+
+constexpr const char *kHelp = R"(NAME
+    ktl - draw, query and convert maps
+
+SYNOPSIS
+    ktl COMMAND [ARGUMENT...]
+    ktl --help
+    ktl --version
+
+COMMANDS
+    render    draw map files into a georeferenced image
+
+    'ktl COMMAND --help' tells about a command.
+
+EXIT STATUS
+    0    done
+    1    something could not be read, drawn or written
+    2    the command line was not understood
+    130  interrupted
+)";
+
+// One line, whatever the text holds: a message may carry a file's name.
+int Fail(const std::string &context, std::string text, int status) {
+    for (char &c : text) {
+        if (static_cast<unsigned char>(c) < ' ') c = ' ';
+    }
+    std::fprintf(stderr, "%s: %s\n", context.c_str(), text.c_str());
+    return status;
+}
+
+std::string ContextOf(const CLI::App &program) {
+    const auto commands = program.get_subcommands();
+    return commands.empty() ? "ktl" : "ktl " + commands.front()->get_name();
+}
+
+int Run(CLI::App &program, int argc, char **argv) {
+    try {
+        program.parse(argc, argv);
+        return kExitOk;
+    } catch (const CLI::Success &success) {
+        return program.exit(success);
+    } catch (const CLI::ParseError &error) {
+        const std::string context = ContextOf(program);
+        return Fail(context, std::string(error.what()) + " (see '" + context + " --help')", kExitUsage);
+    } catch (const UsageError &error) {
+        return Fail(ContextOf(program), error.what(), kExitUsage);
+    } catch (const ktl::host::Interrupted &error) {
+        return Fail(ContextOf(program), error.what(), kExitInterrupted);
+    } catch (const std::bad_alloc &) {
+        return Fail(ContextOf(program), "not enough memory", kExitFailure);
+    } catch (const std::exception &error) {
+        return Fail(ContextOf(program), error.what(), kExitFailure);
+    }
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+    CLI::App program;
+    program.name("ktl");
+    program.formatter_fn([](const CLI::App *, std::string, CLI::AppFormatMode) { return std::string(kHelp); });
+    program.set_version_flag("--version", "ktl " KTL_VERSION);
+    program.require_subcommand(1);
+    AddRenderCommand(program);
+    return Run(program, argc, argv);
+}

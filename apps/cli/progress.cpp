@@ -1,0 +1,59 @@
+#include "apps/cli/progress.h"
+
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+
+namespace ktl::cli {
+
+namespace {
+
+constexpr std::chrono::milliseconds kBetweenLines{100};
+
+volatile std::sig_atomic_t interrupted = 0;
+
+void OnInterrupt(int) {
+    interrupted = 1;
+}
+
+void WatchInterrupt() {
+    struct sigaction action = {};
+    action.sa_handler = OnInterrupt;
+    action.sa_flags = static_cast<int>(SA_RESETHAND);
+    sigaction(SIGINT, &action, nullptr);
+}
+
+}  // namespace
+
+TerminalProgress::TerminalProgress()
+    : m_isTerminal(isatty(STDERR_FILENO) != 0), m_next(std::chrono::steady_clock::now() + kBetweenLines) {
+    WatchInterrupt();
+}
+
+TerminalProgress::~TerminalProgress() {
+    if (m_shown) std::fputs("\r\033[K", stderr);
+    std::signal(SIGINT, SIG_DFL);
+}
+
+host::ProgressCallback TerminalProgress::Callback() {
+    return [this](const host::Progress &progress) {
+        if (m_isTerminal) Show(progress);
+        return interrupted == 0;
+    };
+}
+
+void TerminalProgress::Show(const host::Progress &progress) {
+    const auto now = std::chrono::steady_clock::now();
+    if (now < m_next) return;
+    m_next = now + kBetweenLines;
+    m_shown = true;
+    if (progress.total > 0) {
+        std::fprintf(stderr, "\r\033[K%s %lld of %lld", progress.what, progress.done, progress.total);
+    } else {
+        std::fprintf(stderr, "\r\033[K%s %lld", progress.what, progress.done);
+    }
+    std::fflush(stderr);
+}
+
+}  // namespace ktl::cli

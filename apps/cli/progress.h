@@ -1,0 +1,29 @@
+#pragma once
+
+#include <chrono>
+
+#include "host/ogr_source.h"
+
+namespace ktl::cli {
+
+/// Shows progress in one line of standard error that renews itself, if that is a terminal, and stops the run after
+/// Ctrl-C. A second Ctrl-C ends the program at once. The line is wiped with the object.
+class TerminalProgress {
+  public:
+    TerminalProgress();
+    TerminalProgress(const TerminalProgress &) = delete;
+    TerminalProgress &operator=(const TerminalProgress &) = delete;
+    ~TerminalProgress();
+
+    /// For the time of this object.
+    host::ProgressCallback Callback();
+
+  private:
+    void Show(const host::Progress &progress);
+
+    bool m_isTerminal;
+    bool m_shown = false;
+    std::chrono::steady_clock::time_point m_next;
+};
+
+}  // namespace ktl::cli

@@ -1,0 +1,314 @@
+#include <cpl_json.h>
+#include <gdal_priv.h>
+#include <gtest/gtest.h>
+#include <ogr_spatialref.h>
+
+#include <algorithm>
+#include <cmath>
+#include <regex>
+#include <set>
+
+#include "tests/cli/command_run.h"
+#include "tests/host/scratch_folder.h"
+
+namespace {
+
+const std::string kSquare = R"({"type":"FeatureCollection","features":[{"type":"Feature","properties":{},
+    "geometry":{"type":"Polygon","coordinates":[[[-10,-10],[10,-10],[10,10],[-10,10],[-10,-10]]]}}]})";
+
+class Cli : public ::testing::Test {
+  protected:
+    Cli() : m_square(m_in.Write("square.geojson", kSquare)) { setenv("KTL_HOME", m_home.Path("").c_str(), 1); }
+    static void SetUpTestSuite() { GDALAllRegister(); }
+
+    CommandResult Run(const std::vector<std::string> &arguments) { return RunCommand(KTL_COMMAND, arguments); }
+    CommandResult Render(std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), "render");
+        return Run(arguments);
+    }
+    std::string Out(const std::string &name) { return m_out.Path(name); }
+    static bool IsOneLine(const std::string &text) {
+        return !text.empty() && std::count(text.begin(), text.end(), '\n') == 1 && text.back() == '\n';
+    }
+
+    ScratchFolder m_in;
+    ScratchFolder m_out;
+    ScratchFolder m_home;
+    const std::string m_square;
+};
+
+using Picture = GDALDatasetUniquePtr;
+
+Picture OpenPicture(const std::string &path) {
+    return Picture(GDALDataset::Open(path.c_str(), GDAL_OF_RASTER, nullptr, nullptr, nullptr));
+}
+
+// Red, green and blue of a pixel as 0xRRGGBB.
+unsigned PixelAt(GDALDataset &picture, int x, int y) {
+    unsigned rgb = 0;
+    for (int band = 1; band <= 3; ++band) {
+        unsigned char value = 0;
+        EXPECT_EQ(picture.GetRasterBand(band)->RasterIO(GF_Read, x, y, 1, 1, &value, 1, 1, GDT_Byte, 0, 0), CE_None);
+        rgb = rgb << 8 | value;
+    }
+    return rgb;
+}
+
+TEST_F(Cli, ABadCommandLineIsOneLineAndStatusTwo) {
+    struct {
+        std::vector<std::string> arguments;
+        const char *part;
+    } const cases[] = {
+        {{}, "subcommand"},
+        {{"paint"}, "paint"},
+        {{"render"}, "required"},
+        {{"render", "a.geojson"}, "--output"},
+        {{"render", "a.geojson", "-o", "a.png", "--bogus"}, "--bogus"},
+        {{"render", "a.geojson", "-o", "a.png", "--size"}, "--size"},
+        {{"render", "a.geojson", "-o", "a.png", "--size", "100"}, "--size takes WxH"},
+        {{"render", "a.geojson", "-o", "a.png", "--size", "10x10x10"}, "--size takes WxH"},
+        {{"render", "a.geojson", "-o", "a.png", "--size", "1e3x10"}, "--size takes WxH"},
+        {{"render", "a.geojson", "-o", "a.png", "--extent", "1,2,3"}, "--extent takes W,S,E,N"},
+        {{"render", "a.geojson", "-o", "a.png", "--extent", "1,2,3,x"}, "--extent takes W,S,E,N"},
+        {{"render", "a.geojson", "-o", "a.png", "--center", "1,2"}, "--center and --level go together"},
+        {{"render", "a.geojson", "-o", "a.png", "--level", "2"}, "--center and --level go together"},
+        {{"render", "a.geojson", "-o", "a.png", "--level", "2.5", "--center", "1,2"}, "--level takes"},
+        {{"render", "a.geojson", "-o", "a.png", "--extent", "1,2,3,4", "--center", "1,2"}, "excludes"},
+        {{"render", "a.geojson", "-o", "a.png", "--fill", "blurple"}, "--fill takes a colour"},
+        {{"render", "a.geojson", "-o", "a.png", "--fill", "#12345"}, "--fill takes a colour"},
+        {{"render", "a.geojson", "-o", "a.png", "--line-width", "0"}, "--line-width takes"},
+        {{"render", "a.geojson", "-o", "a.png", "--point-size", "65"}, "--point-size takes"},
+        {{"render", "a.geojson", "-o", "a.png", "--alpha", "256"}, "--alpha takes"},
+        {{"render", "a.geojson", "-o", "a.png", "--hatch", "53"}, "--hatch takes"},
+        {{"render", "a.geojson", "-o", "a.png", "--dash", "6"}, "--dash takes"},
+        {{"render", "a.geojson", "-o", "a.png", "--dash", "6,0"}, "--dash takes"},
+        {{"render", "a.geojson", "-o", "a.png", "--line-style", "wavy"}, "--line-style takes"},
+        {{"render", "a.geojson", "-o", "a.png", "--background", "none"}, "--background takes"},
+        {{"render", "a.geojson", "-o", "a.png", "--map-type", "x"}, "--map-type takes"},
+    };
+    for (const auto &c : cases) {
+        const CommandResult result = Run(c.arguments);
+        EXPECT_EQ(result.status, 2) << c.part;
+        EXPECT_TRUE(IsOneLine(result.err)) << result.err;
+        EXPECT_NE(result.err.find(c.part), std::string::npos) << c.part << " in: " << result.err;
+        EXPECT_EQ(result.out, "") << c.part;
+    }
+}
+
+TEST_F(Cli, WhatCannotBeDrawnIsOneLineStatusOneAndNoFile) {
+    const std::string png = Out("a.png");
+    const std::string truncated = m_in.Write("cut.geojson", kSquare.substr(0, 120));
+    const std::string empty = m_in.Write("empty.geojson", "");
+    const std::string nothing = m_in.Write("nothing.geojson", R"({"type":"FeatureCollection","features":[]})");
+    const std::string wrong = m_in.Write("wrong.shp", "this is no shapefile");
+    const std::string symbol = m_in.Write("symbol.png", "no picture");
+    struct {
+        std::vector<std::string> arguments;
+        const char *part;
+    } const cases[] = {
+        {{m_in.Path("missing.shp"), "-o", png}, "no such file"},
+        {{m_in.Path("two\nlines"), "-o", png}, "no such file"},
+        {{empty, "-o", png}, "empty"},
+        {{truncated, "-o", png}, "cannot read"},
+        {{wrong, "-o", png}, "cannot read"},
+        {{m_square, wrong, "-o", png}, "cannot read"},
+        {{m_in.Path(""), "-o", png}, "no map data"},
+        {{nothing, "-o", png}, "nothing to show"},
+        {{m_square, "--layer", "x", "-o", png}, "no layer 'x'"},
+        {{m_square, "--where", "x = ", "-o", png}, "bad filter"},
+        {{m_square, "--symbol", symbol, "-o", png}, "symbol"},
+        {{m_square, "--symbol", m_in.Path("none.png"), "-o", png}, "symbol"},
+        {{m_square, "-o", Out("a.webp")}, "extension"},
+        {{m_square, "-o", Out("a")}, "extension"},
+        {{m_square, "-o", Out("no/such/a.png")}, "no directory"},
+        {{m_square, "-o", png, "--size", "0x100"}, "bad size"},
+        {{m_square, "-o", png, "--size", "100x0"}, "bad size"},
+        {{m_square, "-o", png, "--size", "-5x100"}, "bad size"},
+        {{m_square, "-o", png, "--size", "100000x100000"}, "bad size"},
+        {{m_square, "-o", png, "--size", "100000x1"}, "bad size"},
+        {{m_square, "-o", png, "--size", "10000x10000"}, "megapixels"},
+        {{m_square, "-o", png, "--extent", "nan,0,1,1"}, "finite"},
+        {{m_square, "-o", png, "--extent", "-inf,0,inf,1"}, "finite"},
+        {{m_square, "-o", png, "--extent", "5,0,5,1"}, "west must be less"},
+        {{m_square, "-o", png, "--extent", "5,0,4,1"}, "west must be less"},
+        {{m_square, "-o", png, "--extent", "0,1,1,1"}, "south must be less"},
+        {{m_square, "-o", png, "--extent", "0,2,1,1"}, "south must be less"},
+        {{m_square, "-o", png, "--extent", "0,0,181,1"}, "longitudes"},
+        {{m_square, "-o", png, "--extent", "0,-91,1,1"}, "latitudes"},
+        {{m_square, "-o", png, "--extent", "0,86,1,89"}, "outside the map"},
+        {{m_square, "-o", png, "--center", "nan,0", "--level", "3"}, "finite"},
+        {{m_square, "-o", png, "--center", "0,88", "--level", "3"}, "outside the map"},
+        {{m_square, "-o", png, "--center", "0,0", "--level", "0"}, "levels run"},
+        {{m_square, "-o", png, "--center", "0,0", "--level", "23"}, "levels run"},
+    };
+    for (const auto &c : cases) {
+        const CommandResult result = Render(c.arguments);
+        EXPECT_EQ(result.status, 1) << c.part << ": " << result.err;
+        EXPECT_TRUE(IsOneLine(result.err)) << result.err;
+        EXPECT_NE(result.err.find(c.part), std::string::npos) << c.part << " in: " << result.err;
+        EXPECT_EQ(m_out.Count(), 0) << c.part;
+    }
+}
+
+TEST_F(Cli, AFailureLeavesThePictureThatWasThere) {
+    m_out.Write("a.png", "old");
+    EXPECT_EQ(Render({m_in.Path("missing.shp"), "-o", Out("a.png")}).status, 1);
+    EXPECT_EQ(m_out.Read("a.png"), "old");
+    // A side file that can't be written keeps the picture from changing too.
+    std::filesystem::create_directory(Out("a.pgw"));
+    EXPECT_EQ(Render({m_square, "--georef", "-o", Out("a.png")}).status, 1);
+    EXPECT_EQ(m_out.Read("a.png"), "old");
+    EXPECT_EQ(m_out.Count(), 2);
+}
+
+struct FormatCase {
+    const char *picture;
+    const char *worldFile;
+    const char *driver;
+};
+constexpr FormatCase kFormats[] = {
+    {"a.png", "a.pgw", "PNG"},   {"a.jpg", "a.jgw", "JPEG"},   {"a.jpeg", "a.jgw", "JPEG"}, {"A.JPG", "A.jgw", "JPEG"},
+    {"a.tif", "a.tfw", "GTiff"}, {"a.tiff", "a.tfw", "GTiff"}, {"a.gif", "a.gfw", "GIF"},   {"a.bmp", "a.bpw", "BMP"},
+};
+
+// What GDAL reads from the files is what the command printed, within a pixel.
+TEST_F(Cli, GdalFindsEveryPictureWhereTheReportSays) {
+    for (const FormatCase &format : kFormats) {
+        for (const bool degrees : {false, true}) {
+            const ScratchFolder folder;
+            std::vector<std::string> arguments = {m_square,   "-o",       folder.Path(format.picture),
+                                                  "--georef", "--json",   "--size",
+                                                  "500x400",  "--extent", "100,15,150,50"};
+            if (degrees) arguments.push_back("--degrees");
+            const CommandResult result = Render(arguments);
+            ASSERT_EQ(result.status, 0) << result.err;
+            EXPECT_EQ(result.err, "") << "no progress in a pipe";
+            CPLJSONDocument report;
+            ASSERT_TRUE(report.LoadMemory(result.out)) << result.out;
+            const CPLJSONObject root = report.GetRoot();
+            const bool metres = !degrees;
+            const CPLJSONObject extent = root.GetObj(metres ? "projectedExtent" : "extent");
+            const double left = extent.GetDouble(metres ? "left" : "west");
+            const double bottom = extent.GetDouble(metres ? "bottom" : "south");
+            const double right = extent.GetDouble(metres ? "right" : "east");
+            const double top = extent.GetDouble(metres ? "top" : "north");
+
+            const Picture picture = OpenPicture(folder.Path(format.picture));
+            ASSERT_NE(picture, nullptr) << format.picture;
+            EXPECT_STREQ(picture->GetDriverName(), format.driver);
+            EXPECT_EQ(picture->GetRasterXSize(), 500);
+            EXPECT_EQ(picture->GetRasterYSize(), 400);
+            double t[6] = {};
+            ASSERT_EQ(picture->GetGeoTransform(t), CE_None) << format.picture;
+            EXPECT_NEAR(t[0], left, t[1]) << format.picture;
+            EXPECT_NEAR(t[3], top, -t[5]) << format.picture;
+            EXPECT_NEAR(t[0] + 500 * t[1], right, t[1]) << format.picture;
+            EXPECT_NEAR(t[3] + 400 * t[5], bottom, -t[5]) << format.picture;
+            const OGRSpatialReference *system = picture->GetSpatialRef();
+            ASSERT_NE(system, nullptr) << format.picture;
+            EXPECT_EQ(system->IsProjected() != 0, metres) << format.picture;
+            EXPECT_STREQ(system->GetName(), metres ? "WGS_1984_Web_Mercator" : "WGS 84");
+
+            EXPECT_EQ(root.GetArray("files").Size(), 4);
+            EXPECT_TRUE(std::filesystem::exists(folder.Path(format.worldFile))) << format.worldFile;
+            EXPECT_TRUE(std::filesystem::exists(folder.Path(format.picture) + ".aux.xml"));
+            EXPECT_EQ(folder.Count(), 4) << "nothing else is left";
+        }
+    }
+}
+
+TEST_F(Cli, AStyleOptionAppliesToTheSourceBeforeIt) {
+    const std::string inner = m_in.Write("inner.geojson", std::regex_replace(kSquare, std::regex("10"), "5"));
+    // The default stands before all; the outer square keeps it, the inner one sets its own.
+    const CommandResult result =
+        Render({"--fill", "lime", "--line", "none", m_square, inner, "--fill", "#00F", "-o", Out("a.png"), "--size",
+                "256x256", "--extent", "-20,-20,20,20", "--background", "yellow"});
+    ASSERT_EQ(result.status, 0) << result.err;
+    const Picture picture = OpenPicture(Out("a.png"));
+    ASSERT_NE(picture, nullptr);
+    EXPECT_EQ(PixelAt(*picture, 128, 128), 0x0000FFU);
+    // Level 4: 2048 pixels round the world, so 7 degrees are some 40 pixels.
+    EXPECT_EQ(PixelAt(*picture, 128 + 40, 128), 0x00FF00U);
+    EXPECT_EQ(PixelAt(*picture, 128 + 80, 128), 0xFFFF00U);
+}
+
+TEST_F(Cli, NamesOutsideGbkAreKept) {
+    const std::string name = "карта-ñ-誠-🗺";
+    const std::string source = m_in.Write(name + ".geojson", kSquare);
+    const CommandResult result = Render({source, "-o", Out(name + ".png"), "--georef", "--json"});
+    ASSERT_EQ(result.status, 0) << result.err;
+    for (const char *end : {".png", ".pgw", ".png.aux.xml", ".txt"}) {
+        EXPECT_TRUE(std::filesystem::exists(Out(name + end))) << end;
+    }
+    EXPECT_NE(result.out.find(name + ".pgw"), std::string::npos) << "the report is UTF-8";
+}
+
+TEST_F(Cli, TheReportCountsWhatWasSkippedAndWhy) {
+    const std::string path = m_in.Write("a.csv",
+                                        "id,WKT\n1,\"POINT (1 2)\"\n2,\n3,\"POINT (1 86)\"\n"
+                                        "4,\"LINESTRING (0 80, 0 89)\"\n");
+    const CommandResult json = Render({path, "-o", Out("a.png"), "--json"});
+    CPLJSONDocument report;
+    ASSERT_TRUE(report.LoadMemory(json.out)) << json.out << json.err;
+    const CPLJSONObject features = report.GetRoot().GetObj("features");
+    EXPECT_EQ(features.GetInteger("read"), 4);
+    EXPECT_EQ(features.GetInteger("clipped"), 1);
+    EXPECT_EQ(features.GetObj("skipped").GetInteger("withoutGeometry"), 1);
+    EXPECT_EQ(features.GetObj("skipped").GetInteger("outsideMap"), 1);
+    EXPECT_EQ(report.GetRoot().GetInteger("shapesDrawn"), 2);
+    const CommandResult text = Render({path, "-o", Out("a.png")});
+    EXPECT_NE(text.out.find("4 read, 2 skipped (1 without geometry, 1 outside the map), 1 clipped"), std::string::npos)
+        << text.out;
+}
+
+// The user-defined map types take their pyramid from the configuration file, whatever else stands in it.
+TEST_F(Cli, AConfigurationFileWithEndlessLinesIsReadThrough) {
+    const std::string junk(10000, 'x');
+    const std::string ini = junk + "\n[" + junk + "]\nmapdef1_wgs=0\n[qx]\n" + junk + "=" + junk + "\nmapdef1_wgs=1\n" +
+                            "mapdef2_wgs=" + junk + "\n";
+    m_home.Write("Kartelo.ini", ini);
+    for (const auto &[type, map] : {std::pair("601", "degrees"), {"602", "normalised"}, {"603", "normalised"}}) {
+        const CommandResult result = Render({m_square, "-o", Out("a.png"), "--map-type", type, "--json"});
+        ASSERT_EQ(result.status, 0) << type << ": " << result.err;
+        CPLJSONDocument report;
+        ASSERT_TRUE(report.LoadMemory(result.out));
+        EXPECT_EQ(report.GetRoot().GetString("map"), map) << type;
+    }
+}
+
+std::set<std::string> LongOptionsIn(const std::string &text) {
+    std::set<std::string> options;
+    const std::regex option("--[a-z][a-z-]*");
+    for (std::sregex_iterator it(text.begin(), text.end(), option), end; it != end; ++it) options.insert(it->str());
+    return options;
+}
+
+TEST_F(Cli, HelpManualAndParserKnowTheSameOptions) {
+    const CommandResult help = Render({"--help"});
+    EXPECT_EQ(help.status, 0);
+    for (const char *section : {"NAME\n", "SYNOPSIS\n", "DESCRIPTION\n", "OPTIONS\n", "EXAMPLES\n", "EXIT STATUS\n"}) {
+        EXPECT_NE(help.out.find(section), std::string::npos) << section;
+    }
+    const std::set<std::string> told = LongOptionsIn(help.out);
+    EXPECT_GT(told.size(), 25U);
+    std::string manual = ScratchFolder().Read(std::string(KTL_SOURCE_DIR) + "/docs/man/ktl.1");
+    manual = std::regex_replace(manual, std::regex("\\\\-"), "-");
+    std::set<std::string> inManual = LongOptionsIn(manual);
+    inManual.erase("--version");
+    EXPECT_EQ(inManual, told);
+    for (const std::string &option : told) {
+        if (option == "--help") continue;
+        const CommandResult result = Render({option});
+        EXPECT_EQ(result.err.find("not expected"), std::string::npos) << option << ": " << result.err;
+        EXPECT_EQ(result.status, 2) << option;
+    }
+}
+
+TEST_F(Cli, VersionAndHelpAreNoFailures) {
+    const CommandResult version = Run({"--version"});
+    EXPECT_EQ(version.status, 0);
+    EXPECT_TRUE(std::regex_match(version.out, std::regex("ktl [0-9]+\\.[0-9]+\\.[0-9]+\n"))) << version.out;
+    EXPECT_EQ(Run({"--help"}).status, 0);
+}
+
+}  // namespace

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <bit>
+#include <cstddef>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -150,11 +151,11 @@ class KTL_API CArchive {
         }
     }
 
-    // While loading the room is 0, and while storing nothing is left: the wrong direction always takes the slow way,
-    // which knows what to throw.
+    // While loading the room ends where the buffer begins, and so does what is left while storing: the wrong direction
+    // always takes the slow way, which knows what to throw.
     template <class T>
     CArchive &Put(T value) {
-        if (static_cast<std::size_t>(m_roomEnd - m_next) < sizeof(T)) [[unlikely]]
+        if (m_roomEnd - m_next < static_cast<std::ptrdiff_t>(sizeof(T))) [[unlikely]]
             MakeRoom();
         SwapOnBigEndian(value);
         std::memcpy(m_next, &value, sizeof(T));
@@ -163,7 +164,7 @@ class KTL_API CArchive {
     }
     template <class T>
     T Get() {
-        if (static_cast<std::size_t>(m_leftEnd - m_next) < sizeof(T)) [[unlikely]]
+        if (m_leftEnd - m_next < static_cast<std::ptrdiff_t>(sizeof(T))) [[unlikely]]
             Refill(sizeof(T));
         T value;
         std::memcpy(&value, m_next, sizeof(T));

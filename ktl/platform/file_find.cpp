@@ -12,27 +12,16 @@ using ktl::FileSystem;
 
 namespace {
 
-// Names as they sort: lower-case GBK, and the system's name where that is alike.
-struct Candidate {
-    CString sortKey;
-    std::string name;
-};
-
-std::vector<std::string> SortedNames(std::vector<std::string> names) {
-    std::vector<Candidate> candidates;
-    candidates.reserve(names.size());
-    for (std::string &name : names) {
-        CString key = ktl::FromUtf8(name);
-        key.MakeUpper();
-        candidates.push_back({std::move(key), std::move(name)});
-    }
-    std::sort(candidates.begin(), candidates.end(), [](const Candidate &a, const Candidate &b) {
-        const int order = a.sortKey.Compare(b.sortKey);
-        return order != 0 ? order < 0 : a.name < b.name;
-    });
-    names.clear();
-    for (Candidate &candidate : candidates) names.push_back(std::move(candidate.name));
-    return names;
+// Small letters count as capitals, so that '_' comes behind them; the rest goes by its code point, which is UTF-8's
+// order.
+bool SortsBefore(const std::string &a, const std::string &b) {
+    const auto key = [](char c) {
+        return static_cast<unsigned char>(c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c);
+    };
+    const auto [x, y] =
+        std::mismatch(a.begin(), a.end(), b.begin(), b.end(), [&](char c, char d) { return key(c) == key(d); });
+    if (x == a.end() && y == b.end()) return a < b;
+    return x == a.end() || (y != b.end() && key(*x) < key(*y));
 }
 
 int ListMatching(const std::string &folder, std::string_view pattern, std::vector<std::string> &names) {
@@ -40,7 +29,8 @@ int ListMatching(const std::string &folder, std::string_view pattern, std::vecto
     if (const int error = FileSystem::Current().List(folder.empty() ? "." : folder, all)) return error;
     std::erase_if(all,
                   [&](const std::string &name) { return !ktl::MatchesWildcard(pattern, ktl::FromUtf8(name).View()); });
-    names = SortedNames(std::move(all));
+    names = std::move(all);
+    std::sort(names.begin(), names.end(), SortsBefore);
     if (folder != "/") {
         for (const char *dots : {"..", "."}) {
             if (ktl::MatchesWildcard(pattern, dots)) names.insert(names.begin(), dots);

@@ -2,6 +2,7 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -40,6 +41,8 @@ FileInfo InfoOf(const struct stat &status) {
     info.device = status.st_dev;
     info.inode = status.st_ino;
     info.mode = status.st_mode & 07777U;
+    info.modifiedFraction = static_cast<std::uint32_t>(status.st_mtim.tv_nsec);
+    info.links = status.st_nlink;
     return info;
 }
 
@@ -141,6 +144,11 @@ int FileSystem::Stat(File file, FileInfo &info) {
     if (::fstat(file, &status) != 0) return errno;
     info = InfoOf(status);
     return 0;
+}
+
+int FileSystem::Lock(File file, FileLock lock) {
+    const int operation = lock == FileLock::None ? LOCK_UN : lock == FileLock::Shared ? LOCK_SH : LOCK_EX;
+    return ErrorOf(Uninterrupted([&] { return ::flock(file, operation | LOCK_NB); }));
 }
 
 int FileSystem::Stat(const std::string &path, FileInfo &info) {

@@ -62,6 +62,9 @@ class Matcher {
 }  // namespace
 
 bool MatchesWildcard(std::string_view pattern, std::string_view name) {
+    if (pattern.ends_with("*.")) {
+        return name.find('.') == std::string_view::npos && MatchesWildcard(pattern.substr(0, pattern.size() - 1), name);
+    }
     return pattern == "*" || pattern == "*.*" || Matcher(pattern, name).Matches();
 }
 

@@ -41,9 +41,20 @@ TEST(Encoding, EveryCharacterComesBack) {
 
 TEST(Encoding, KnownCodes) {
     const std::pair<const char *, const char *> cases[] = {
-        {"中文", "\xD6\xD0\xCE\xC4"}, {"誠", "\xD5\x5C"},   {"亅", "\x81\x7C"},   {"€", "\x80"},         {"·", "\xA1\xA4"},
-        {"—", "\xA1\xAA"},           {"～", "\xA1\xAB"},   {"ⅰ", "\xA2\xA1"},    {"\uE000", "\xAA\xA1"}, {"\uE234", "\xF8\xA1"},
-        {"\uE4C6", "\xA1\x40"},      {"\uE765", "\xA7\xA0"}, {"é", "\xA8\xA6"},  {"a中", "a\xD6\xD0"},
+        {"中文", "\xD6\xD0\xCE\xC4"},
+        {"誠", "\xD5\x5C"},
+        {"亅", "\x81\x7C"},
+        {"€", "\x80"},
+        {"·", "\xA1\xA4"},
+        {"—", "\xA1\xAA"},
+        {"～", "\xA1\xAB"},
+        {"ⅰ", "\xA2\xA1"},
+        {"\uE000", "\xAA\xA1"},
+        {"\uE234", "\xF8\xA1"},
+        {"\uE4C6", "\xA1\x40"},
+        {"\uE765", "\xA7\xA0"},
+        {"é", "\xA8\xA6"},
+        {"a中", "a\xD6\xD0"},
     };
     for (const auto &[utf8, gbk] : cases) {
         EXPECT_EQ(Bytes(ktl::FromUtf8(utf8)), gbk);
@@ -64,7 +75,10 @@ TEST(Encoding, WhatGbkLacksIsPlainAndCounted) {
         {"Côte d'Ivoire", "Cote d'Ivoire", 1},
         {"São Tomé", "Sao Tom\xA8\xA6", 1},
         {"Åland", "Aland", 1},
-        {"Łódź", "L\xA8\xAE" "dz", 2},
+        {"Łódź",
+         "L\xA8\xAE"
+         "dz",
+         2},
         {"Straße Æ œ Þ", "Strasse AE oe Th", 4},
         {"Đà Nẵng", "D\xA8\xA4 Nang", 2},
         {"İzmir ığüşö", "Izmir ig\xA8\xB9so", 5},
@@ -95,12 +109,13 @@ TEST(Encoding, EveryFormIsTextThatGbkHas) {
 
 TEST(Encoding, DamagedTextIsReplacedByteByByte) {
     const std::pair<std::string, std::string> utf8Cases[] = {
-        {"\xC3", "?"},         {"a\xE4\xB8", "a??"}, {"\xC0\xAF", "??"},         {"\xED\xA0\x80", "???"},
-        {"\xF5\x80", "??"},    {"\x80z", "?z"},      {"\xF4\x90\x80\x80", "????"}, {"\xE4z", "?z"},
+        {"\xC3", "?"},      {"a\xE4\xB8", "a??"}, {"\xC0\xAF", "??"},           {"\xED\xA0\x80", "???"},
+        {"\xF5\x80", "??"}, {"\x80z", "?z"},      {"\xF4\x90\x80\x80", "????"}, {"\xE4z", "?z"},
     };
     for (const auto &[utf8, gbk] : utf8Cases) EXPECT_EQ(Bytes(ktl::FromUtf8(utf8)), gbk);
     const std::pair<std::string, std::string> gbkCases[] = {
-        {"a\xD6", "a\uFFFD"}, {"\xD6/x", "\uFFFD/x"}, {"\xFF", "\uFFFD"}, {"\xA2\xAB", "\uFFFD"}, {"\xD6\x7F", "\uFFFD\x7F"},
+        {"a\xD6", "a\uFFFD"},   {"\xD6/x", "\uFFFD/x"},     {"\xFF", "\uFFFD"},
+        {"\xA2\xAB", "\uFFFD"}, {"\xD6\x7F", "\uFFFD\x7F"},
     };
     for (const auto &[gbk, utf8] : gbkCases) EXPECT_EQ(ktl::ToUtf8(gbk), utf8);
     EXPECT_EQ(ktl::ToUtf8(std::string("a\0b", 3)), std::string("a\0b", 3));
@@ -118,11 +133,7 @@ TEST(Encoding, WideTextKeepsItsCharacters) {
 
 TEST(FileNames, SecondBytesAreNoSeparators) {
     const std::pair<const char *, const char *> cases[] = {
-        {"\\data\\誠\\亅.dbf", "/data/誠/亅.dbf"},
-        {"誠\\", "誠/"},
-        {"a/b\\c", "a/b/c"},
-        {"\\", "/"},
-        {"", ""},
+        {"\\data\\誠\\亅.dbf", "/data/誠/亅.dbf"}, {"誠\\", "誠/"}, {"a/b\\c", "a/b/c"}, {"\\", "/"}, {"", ""},
     };
     for (const auto &[platform, system] : cases) {
         EXPECT_EQ(ktl::SystemPath(ktl::FromUtf8(platform)), system);

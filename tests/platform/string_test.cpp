@@ -175,8 +175,16 @@ TEST(StringTrim, SixBlanksAndNoFullWidthSpace) {
 
 TEST(StringFold, LettersOnlyAndNeverATrailByte) {
     // 81 41 is a character whose second byte is 'A'.
-    EXPECT_EQ(CString("\x81\x41" "AbZ[").MakeLower(), "\x81\x41" "abz[");
-    EXPECT_EQ(CString("\x81\x61" "aZ{").MakeUpper(), "\x81\x61" "AZ{");
+    EXPECT_EQ(CString("\x81\x41"
+                      "AbZ[")
+                  .MakeLower(),
+              "\x81\x41"
+              "abz[");
+    EXPECT_EQ(CString("\x81\x61"
+                      "aZ{")
+                  .MakeUpper(),
+              "\x81\x61"
+              "AZ{");
     EXPECT_EQ(ktl::FromUtf8("ＡＺ").MakeLower(), ktl::FromUtf8("ａｚ"));
     EXPECT_EQ(CString("abC").CompareNoCase("ABc"), 0);
     EXPECT_NE(CString("\x81\x41").CompareNoCase("\x81\x61"), 0);
@@ -206,7 +214,8 @@ TEST(StringTokenize, EmptyFieldsAreNotReturned) {
     const CString text("|" + kBar + "||b|");
     std::vector<CString> tokens;
     int start = 0;
-    for (CString token = text.Tokenize("|", start); start >= 0; token = text.Tokenize("|", start)) tokens.push_back(token);
+    for (CString token = text.Tokenize("|", start); start >= 0; token = text.Tokenize("|", start))
+        tokens.push_back(token);
     ASSERT_EQ(tokens.size(), 2U);
     EXPECT_EQ(tokens[0], kBar);
     EXPECT_EQ(tokens[1], "b");
@@ -236,13 +245,32 @@ TEST(StringBuffer, LengthFollowsTheTerminator) {
 
 TEST(Parse, TakesTheLeadingNumber) {
     const std::pair<const char *, double> doubles[] = {
-        {" 1.5abc", 1.5}, {"+2", 2},     {"-.5", -0.5},   {"abc", 0},     {"", 0},        {".", 0},
-        {"-", 0},         {"1e3x", 1000}, {"1e", 1},       {"inf", 0},     {"nan", 0},     {"0x10", 0},
-        {"1e-400", 0},    {"\t\n7", 7},   {"--5", 0},      {"1,5", 1},     {"1e400", std::numeric_limits<double>::infinity()},
+        {" 1.5abc", 1.5},
+        {"+2", 2},
+        {"-.5", -0.5},
+        {"abc", 0},
+        {"", 0},
+        {".", 0},
+        {"-", 0},
+        {"1e3x", 1000},
+        {"1e", 1},
+        {"inf", 0},
+        {"nan", 0},
+        {"0x10", 0},
+        {"1e-400", 0},
+        {"\t\n7", 7},
+        {"--5", 0},
+        {"1,5", 1},
+        {"1e400", std::numeric_limits<double>::infinity()},
     };
     for (const auto &[text, expected] : doubles) EXPECT_EQ(ktl::ParseDouble(text), expected) << text;
     const std::pair<const char *, int> ints[] = {
-        {" 12x", 12}, {"-7", -7}, {"+3", 3}, {"x", 0}, {"99999999999999999999", 2147483647}, {"-99999999999", INT32_MIN},
+        {" 12x", 12},
+        {"-7", -7},
+        {"+3", 3},
+        {"x", 0},
+        {"99999999999999999999", 2147483647},
+        {"-99999999999", INT32_MIN},
     };
     for (const auto &[text, expected] : ints) EXPECT_EQ(ktl::ParseInt(text), expected) << text;
 }

@@ -4,6 +4,7 @@
 
 #include "ktl/platform/export.h"
 #include "ktl/platform/gdiplus/forward.h"
+#include "ktl/platform/gdiplus/string_format.h"
 #include "ktl/platform/gdiplus/types.h"
 #include "ktl/platform/geometry.h"
 #include "ktl/platform/string.h"
@@ -35,6 +36,8 @@ class KTL_API CXString {
     /// A family that isn't installed is drawn in the generic one, but keeps its name.
     void SetFontName(CString name);
     CString GetFontName() const;
+    /// Sizes in pixels that `SetFontSize` takes at most.
+    static constexpr double kMaxFontSize = 4096.0;
     /// The em in pixels; sizes below 1 are taken as 1.
     void SetFontSize(double size);
     double GetFontSize() const;
@@ -78,7 +81,7 @@ class KTL_API CXString {
 
   private:
     struct Tools;
-    const Tools &Need() const;
+    const Tools *Need() const;
 
     CString m_text;
     CString m_fontName;

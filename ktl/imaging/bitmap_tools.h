@@ -10,7 +10,7 @@
 /// here shows a message: a failure is a null result or 0. All of it needs drawing to be started.
 
 /// The file format that `SaveBitmap` writes.
-enum ENUM_IMAGE_TYPE {
+enum ENUM_IMAGE_TYPE : int {
     IMAGE_TYPE_JPEG = 1,
     IMAGE_TYPE_PNG = 2,
     IMAGE_TYPE_GIF = 3,
@@ -32,7 +32,7 @@ KTL_API int IsValidBitmap(Gdiplus::Bitmap *bitmap);
 
 /// Saves the picture `source` as JPEG: 1 on success. `target` is kept only when a file of that name exists; an empty or
 /// a new name is replaced by the source's without its last 4 characters plus ".jpg". A `deleteSource` other than 0
-/// removes the source after success.
+/// removes the source after success, unless it is the file that was written.
 KTL_API int SaveAsJpeg(CString source, CString &target, int deleteSource);
 
 /// Each writes the bitmap to a file: 1 on success, otherwise 0. The bitmap stays the caller's.

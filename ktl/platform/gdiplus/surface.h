@@ -26,12 +26,8 @@ struct PixelView {
 /// The view of an ARGB32 or RGB24 image surface; empty for null and for any other surface.
 PixelView ViewOf(cairo_surface_t *surface);
 
-/// The one door into an image for those who draw on it or from it. `Gdiplus::Image` names it a friend.
-struct ImageAccess {
-    /// Borrowed; null for an image that could not be made. Every pixel format is offered as ARGB32 or RGB24.
-    static cairo_surface_t *Surface(const Gdiplus::Image &image);
-    /// Called by whoever has written pixels, before the image reads them in a form of its own.
-    static void MarkWritten(const Gdiplus::Image &image);
-};
+/// The Cairo surface of an image, borrowed; null for an image that can't be used. Whatever its reported pixel format,
+/// an image is kept as ARGB32 or RGB24.
+cairo_surface_t *SurfaceOf(const Gdiplus::Image &image);
 
 }  // namespace ktl::raster

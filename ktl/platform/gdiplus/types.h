@@ -281,8 +281,6 @@ enum FontStyle : int {
     FontStyleStrikeout = 8,
 };
 
-enum ImageType : int { ImageTypeUnknown = 0, ImageTypeBitmap = 1, ImageTypeMetafile = 2 };
-
 /// Values of `PixelFormat`: an index, the bits a pixel << 8, and the flags.
 constexpr PixelFormat PixelFormatIndexed = 0x00010000;
 constexpr PixelFormat PixelFormatGDI = 0x00020000;

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstddef>
+
+#include "ktl/platform/gdiplus/graphics_state.h"
+#include "ktl/platform/gdiplus/pen.h"
+#include "ktl/platform/gdiplus/raster/dash.h"
+#include "ktl/platform/gdiplus/raster/path_geometry.h"
+
+/// \file
+/// Drawing without antialiasing, straight into the pixels of a `Graphics`. Whole points are pixels of the scan
+/// converter; a geometry is in world units.
+
+namespace ktl::raster {
+
+using State = Gdiplus::Graphics::State;
+
+void FillCrisp(State &state, const Gdiplus::Brush &brush, const Gdiplus::Point *points, std::size_t count,
+               Gdiplus::FillMode mode);
+void FillCrisp(State &state, const Gdiplus::Brush &brush, const PathGeometry &geometry, Gdiplus::FillMode mode);
+/// The box may be empty and need not lie in the clip.
+void FillBoxCrisp(State &state, const Gdiplus::Brush &brush, const Box &box);
+void ClearCrisp(State &state, Gdiplus::Color color);
+
+void StrokeCrisp(State &state, const Gdiplus::Pen &pen, const Gdiplus::Point *points, std::size_t count, bool closed);
+void StrokeCrisp(State &state, const Gdiplus::Pen &pen, const PathGeometry &geometry);
+
+/// The width of a pen in pixels: 1 for a pen of width 0.
+double DeviceWidth(const State &state, const Gdiplus::Pen &pen);
+/// The dash pattern in pixels; solid for a solid pen.
+DashPattern DashesOf(const Gdiplus::Pen &pen, double deviceWidth);
+
+}  // namespace ktl::raster

@@ -1,0 +1,111 @@
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "ktl/platform/gdiplus/raster/geometry.h"
+
+namespace ktl::raster {
+
+/// A dash pattern in pixels: on, off, on ... from its beginning. An odd number of entries alternates: what was on is
+/// off the next time round.
+class DashPattern {
+  public:
+    DashPattern() = default;
+    /// Lengths and the offset into the pattern are in pixels. Lengths are positive.
+    DashPattern(const std::vector<double> &lengths, double offset);
+
+    bool IsSolid() const { return m_bounds.empty(); }
+
+    /// A place in the pattern: how far from here to the next change, and whether the line is on.
+    struct Place {
+        double left;
+        std::size_t entry;
+        bool isOn() const { return entry % 2 == 0; }
+    };
+    /// The place at a distance from the line's start.
+    Place At(double distance) const;
+    /// The place after the next change.
+    Place After(Place place) const;
+    double Period() const { return m_bounds.back(); }
+    /// The entries, an even number, and the distance into them at which a line starts.
+    std::vector<double> Lengths() const;
+    double Offset() const { return m_offset; }
+
+  private:
+    /// Where the entries end, from the pattern's beginning; always an even number of entries.
+    std::vector<double> m_bounds;
+    double m_offset = 0;
+};
+
+/// Calls `dash(points, count, atStart, atEnd)` for each dash of a line that comes near the box, from and to distances
+/// [start, end) along it; the flags tell whether the dash begins at the line's start and ends at its end. A closed line
+/// runs back to its first point. The pattern runs on round the corners, which dashes keep.
+template <class Dash>
+void CutIntoDashes(const DashPattern &pattern, const PointD *points, std::size_t count, bool closed, const Box &box,
+                   double reach, std::vector<PointD> &scratch, Dash &&dash);
+
+/// The part [from, to] of 0..1 of a segment that can touch the box grown by `reach` on all sides; empty when to <=
+/// from.
+struct SegmentPart {
+    double from;
+    double to;
+};
+SegmentPart PartNearBox(PointD a, PointD b, const Box &box, double reach);
+
+template <class Dash>
+void CutIntoDashes(const DashPattern &pattern, const PointD *points, std::size_t count, bool closed, const Box &box,
+                   double reach, std::vector<PointD> &scratch, Dash &&dash) {
+    double distance = 0;
+    bool open = false;
+    bool atStart = true;
+    scratch.clear();
+    const auto finish = [&](bool atEnd) {
+        if (open && !scratch.empty()) dash(scratch.data(), scratch.size(), atStart, atEnd);
+        scratch.clear();
+        open = false;
+        atStart = false;
+    };
+    const std::size_t segments = closed ? count : count - 1;
+    for (std::size_t i = 0; i < segments; ++i) {
+        const PointD a = points[i];
+        const PointD b = points[i + 1 == count ? 0 : i + 1];
+        const double length = std::hypot(b.x - a.x, b.y - a.y);
+        if (length == 0) continue;
+        const SegmentPart part = PartNearBox(a, b, box, reach);
+        if (part.to <= part.from) {
+            finish(false);
+            distance += length;
+            continue;
+        }
+        const auto pointAt = [&](double at) { return at >= length ? b : a + (b - a) * (at / length); };
+        double at = part.from * length;
+        const double end = part.to * length;
+        if (part.from > 0) finish(false);
+        DashPattern::Place place = pattern.At(distance + at);
+        if (open && !place.isOn()) finish(false);
+        if (place.isOn() && !open) {
+            open = true;
+            atStart = distance == 0 && at == 0;
+            scratch.push_back(pointAt(at));
+        }
+        while (at + place.left < end) {
+            at += place.left;
+            if (place.isOn()) {
+                scratch.push_back(pointAt(at));
+                finish(false);
+            } else {
+                open = true;
+                atStart = false;
+                scratch.push_back(pointAt(at));
+            }
+            place = pattern.After(place);
+        }
+        if (open) scratch.push_back(pointAt(end));
+        if (part.to < 1) finish(false);
+        distance += length;
+    }
+    finish(true);
+}
+
+}  // namespace ktl::raster

@@ -1,0 +1,193 @@
+#include "ktl/platform/gdiplus/raster/smooth.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "ktl/platform/gdiplus/raster/crisp.h"
+#include "ktl/platform/gdiplus/raster/dash.h"
+
+namespace ktl::raster {
+
+namespace {
+
+/// Cairo's numbers end at 2^23 pixels; what reaches beyond this is cut before.
+constexpr double kFar = 1 << 20;
+constexpr Box kNearBox{-(1 << 20), -(1 << 20), 1 << 20, 1 << 20};
+
+bool IsFar(const PathGeometry &geometry, const Affine &map) {
+    for (std::size_t i = 0; i < geometry.PointCount(); ++i) {
+        const PointD p = map.Apply(geometry.PointAt(i));
+        if (!(std::abs(p.x) < kFar && std::abs(p.y) < kFar)) return true;
+    }
+    return false;
+}
+
+void AddFigure(cairo_t *cairo, const PathGeometry &geometry, const PathGeometry::Figure &figure) {
+    cairo_new_sub_path(cairo);
+    for (std::size_t i = figure.first; i < figure.first + figure.count; ++i) {
+        const PointD p = geometry.PointAt(i);
+        if (geometry.IsWhole() || geometry.Kinds()[i] != PathGeometry::Kind::Curve) {
+            cairo_line_to(cairo, p.x, p.y);
+            continue;
+        }
+        const PointD q = geometry.PointAt(i + 1);
+        const PointD end = geometry.PointAt(i + 2);
+        cairo_curve_to(cairo, p.x, p.y, q.x, q.y, end.x, end.y);
+        i += 2;
+    }
+    if (figure.closed) cairo_close_path(cairo);
+}
+
+/// Cuts a ring to the inner side of one side of the box: keep where sign * coordinate >= sign * bound.
+std::vector<PointD> CutRing(const std::vector<PointD> &ring, bool alongX, double sign, double bound) {
+    const auto depth = [=](PointD p) { return sign * ((alongX ? p.x : p.y) - bound); };
+    std::vector<PointD> result;
+    for (std::size_t i = 0; i < ring.size(); ++i) {
+        const PointD a = ring[i];
+        const PointD b = ring[i + 1 == ring.size() ? 0 : i + 1];
+        const double da = depth(a);
+        const double db = depth(b);
+        if (da >= 0) result.push_back(a);
+        if ((da >= 0) != (db >= 0)) result.push_back(a + (b - a) * (da / (da - db)));
+    }
+    return result;
+}
+
+void AddFarRing(cairo_t *cairo, const PointD *points, std::size_t count) {
+    std::vector<PointD> ring(points, points + count);
+    ring = CutRing(ring, true, 1, -kFar);
+    ring = CutRing(ring, true, -1, kFar);
+    ring = CutRing(ring, false, 1, -kFar);
+    ring = CutRing(ring, false, -1, kFar);
+    cairo_new_sub_path(cairo);
+    for (const PointD p : ring) cairo_line_to(cairo, p.x, p.y);
+    cairo_close_path(cairo);
+}
+
+void AddFarLine(cairo_t *cairo, const PointD *points, std::size_t count, bool closed) {
+    for (std::size_t i = 0; i + (closed ? 0 : 1) < count; ++i) {
+        const PointD a = points[i];
+        const PointD b = points[i + 1 == count ? 0 : i + 1];
+        const SegmentPart part = PartNearBox(a, b, kNearBox, 0);
+        if (part.to <= part.from) continue;
+        const PointD from = a + (b - a) * part.from;
+        const PointD to = a + (b - a) * part.to;
+        if (i == 0 || part.from > 0 || !cairo_has_current_point(cairo)) cairo_move_to(cairo, from.x, from.y);
+        cairo_line_to(cairo, to.x, to.y);
+    }
+}
+
+/// Makes the geometry Cairo's path. The matrix is the identity afterwards when it has been cut.
+void SetPath(CairoScope &scope, Gdiplus::Graphics::State &state, const PathGeometry &geometry, bool forFill) {
+    cairo_t *const cairo = scope.Get();
+    scope.UseWorldUnits();
+    if (!IsFar(geometry, state.CairoMap())) {
+        for (const PathGeometry::Figure &figure : geometry.Figures()) AddFigure(cairo, geometry, figure);
+        return;
+    }
+    cairo_identity_matrix(cairo);
+    Chains &chains = state.scratch.chains;
+    chains.Flatten(geometry, state.CairoMap());
+    for (const PathGeometry::Figure &figure : chains.figures) {
+        const PointD *const points = chains.points.data() + figure.first;
+        if (forFill) {
+            AddFarRing(cairo, points, figure.count);
+        } else {
+            AddFarLine(cairo, points, figure.count, figure.closed);
+        }
+    }
+}
+
+cairo_antialias_t AntialiasOf(const Gdiplus::Graphics::State &state) {
+    return state.smoothing == Gdiplus::SmoothingModeNone ? CAIRO_ANTIALIAS_NONE : CAIRO_ANTIALIAS_GRAY;
+}
+
+cairo_line_join_t JoinOf(Gdiplus::LineJoin join) {
+    switch (join) {
+        case Gdiplus::LineJoinBevel:
+            return CAIRO_LINE_JOIN_BEVEL;
+        case Gdiplus::LineJoinRound:
+            return CAIRO_LINE_JOIN_ROUND;
+        default:
+            return CAIRO_LINE_JOIN_MITER;
+    }
+}
+
+cairo_line_cap_t CapOf(int cap) {
+    switch (cap) {
+        case Gdiplus::LineCapFlat:
+        case Gdiplus::LineCapNoAnchor:
+        case Gdiplus::LineCapCustom:
+            return CAIRO_LINE_CAP_BUTT;
+        case Gdiplus::LineCapSquare:
+            return CAIRO_LINE_CAP_SQUARE;
+        default:
+            return CAIRO_LINE_CAP_ROUND;
+    }
+}
+
+/// Cairo has one cap for both ends and for dashes: a dashed line takes that of the dashes, a solid one that of its
+/// start unless it is flat.
+void SetPen(cairo_t *cairo, const Gdiplus::Pen &pen, double width) {
+    cairo_set_line_width(cairo, width);
+    cairo_set_line_join(cairo, JoinOf(pen.GetLineJoin()));
+    cairo_set_miter_limit(cairo, pen.GetMiterLimit());
+    const DashPattern dashes = DashesOf(pen, width);
+    if (dashes.IsSolid()) {
+        const bool startIsFlat = CapOf(pen.GetStartCap()) == CAIRO_LINE_CAP_BUTT;
+        cairo_set_line_cap(cairo, CapOf(startIsFlat ? pen.GetEndCap() : pen.GetStartCap()));
+        return;
+    }
+    cairo_set_line_cap(cairo, CapOf(pen.GetDashCap()));
+    const std::vector<double> lengths = dashes.Lengths();
+    cairo_set_dash(cairo, lengths.data(), static_cast<int>(lengths.size()), dashes.Offset());
+}
+
+bool AllClosed(const PathGeometry &geometry) {
+    return std::all_of(geometry.Figures().begin(), geometry.Figures().end(),
+                       [](const PathGeometry::Figure &figure) { return figure.closed; });
+}
+
+}  // namespace
+
+void FillSmooth(Gdiplus::Graphics::State &state, const Gdiplus::Brush &brush, const PathGeometry &geometry,
+                Gdiplus::FillMode mode) {
+    CairoScope scope(state);
+    scope.SetSource(brush);
+    SetPath(scope, state, geometry, true);
+    cairo_set_antialias(scope.Get(), AntialiasOf(state));
+    cairo_set_fill_rule(scope.Get(),
+                        mode == Gdiplus::FillModeWinding ? CAIRO_FILL_RULE_WINDING : CAIRO_FILL_RULE_EVEN_ODD);
+    cairo_fill(scope.Get());
+}
+
+void StrokeSmooth(Gdiplus::Graphics::State &state, const Gdiplus::Pen &pen, const PathGeometry &geometry) {
+    CairoScope scope(state);
+    if (pen.PatternBrush() != nullptr) {
+        scope.SetSource(*pen.PatternBrush());
+    } else {
+        scope.SetSource(pen.ColorValue());
+    }
+    double width = DeviceWidth(state, pen);
+    if (pen.GetAlignment() == Gdiplus::PenAlignmentInset && AllClosed(geometry)) {
+        SetPath(scope, state, geometry, true);
+        cairo_set_fill_rule(scope.Get(), CAIRO_FILL_RULE_EVEN_ODD);
+        cairo_clip(scope.Get());
+        width *= 2;
+    }
+    SetPath(scope, state, geometry, false);
+    // Widths are in pixels.
+    cairo_identity_matrix(scope.Get());
+    SetPen(scope.Get(), pen, width);
+    cairo_set_antialias(scope.Get(), AntialiasOf(state));
+    cairo_stroke(scope.Get());
+}
+
+void ClearSmooth(Gdiplus::Graphics::State &state, Gdiplus::Color color) {
+    CairoScope scope(state);
+    scope.SetSource(color);
+    cairo_set_operator(scope.Get(), CAIRO_OPERATOR_SOURCE);
+    cairo_paint(scope.Get());
+}
+
+}  // namespace ktl::raster

@@ -3,21 +3,9 @@
 #include <algorithm>
 
 #include "ktl/platform/ado/error.h"
+#include "ktl/platform/ado/names.h"
 
 namespace ktl::ado {
-
-namespace {
-
-char Folded(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
-}
-
-bool EqualNoCase(std::string_view a, std::string_view b) {
-    return a.size() == b.size() &&
-           std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) { return Folded(x) == Folded(y); });
-}
-
-}  // namespace
 
 const Column &Recordset::GetColumn(int column) const {
     const auto &columns = GetColumns();
@@ -32,7 +20,7 @@ const Column &Recordset::GetColumn(int column) const {
 int Recordset::FindColumn(std::string_view name) const {
     const auto &columns = GetColumns();
     const auto found = std::find_if(columns.begin(), columns.end(),
-                                    [&](const Column &column) { return EqualNoCase(column.name.View(), name); });
+                                    [&](const Column &column) { return EqualNames(column.name.View(), name); });
     return found == columns.end() ? -1 : static_cast<int>(found - columns.begin());
 }
 

@@ -95,11 +95,14 @@ void UnpackCell(const char *&in, Value &value) {
 }  // namespace
 
 StaticRecordset::StaticRecordset(std::vector<Column> columns)
-    : m_columns(std::move(columns)), m_current(m_columns.size()) {}
+    : StaticRecordset(std::make_shared<const std::vector<Column>>(std::move(columns))) {}
+
+StaticRecordset::StaticRecordset(std::shared_ptr<const std::vector<Column>> columns)
+    : m_columns(std::move(columns)), m_current(m_columns->size()) {}
 
 void StaticRecordset::AddRow(const Value *const *values) {
     m_rows.push_back({m_cells.size(), static_cast<std::uint32_t>(m_rows.size())});
-    for (std::size_t i = 0; i < m_columns.size(); ++i) PackCell(m_cells, *values[i]);
+    for (std::size_t i = 0; i < m_columns->size(); ++i) PackCell(m_cells, *values[i]);
 }
 
 void StaticRecordset::AddRow(const std::vector<Value> &values) {
@@ -148,7 +151,7 @@ void StaticRecordset::MoveFirst() {
 
 const std::vector<Column> &StaticRecordset::GetColumns() const {
     RequireOpen();
-    return m_columns;
+    return *m_columns;
 }
 
 void StaticRecordset::LoadRow() {

@@ -15,6 +15,8 @@ class KTL_API StaticRecordset final : public Recordset {
     using CellWriter = std::function<void(int row, int column, const Value &value)>;
 
     explicit StaticRecordset(std::vector<Column> columns);
+    /// Shares the description of the columns.
+    explicit StaticRecordset(std::shared_ptr<const std::vector<Column>> columns);
 
     /// `values` holds one value a column.
     void AddRow(const Value *const *values);
@@ -41,7 +43,7 @@ class KTL_API StaticRecordset final : public Recordset {
     void RequireOpen() const;
     void LoadRow();
 
-    std::vector<Column> m_columns;
+    std::shared_ptr<const std::vector<Column>> m_columns;
     /// The cells of all rows, each a kind byte and its value.
     std::string m_cells;
     struct Row {

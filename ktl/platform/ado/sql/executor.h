@@ -1,0 +1,43 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "ktl/platform/ado/recordset.h"
+#include "ktl/platform/ado/sql/statement_cache.h"
+#include "ktl/platform/ado/sql/table.h"
+#include "ktl/platform/export.h"
+
+namespace ktl::ado::sql {
+
+/// Runs statements over the tables of a store. Names and types are checked before the first row is touched; a fault
+/// that a row's value raises later (a number too large, a full disk) leaves earlier rows of an Update changed, and an
+/// Insert without any of its rows.
+class KTL_API Executor {
+  public:
+    explicit Executor(std::shared_ptr<Store> store) : m_store(std::move(store)) {}
+
+    /// Rows written, or rows found by a Select; 0 where that has no meaning. Throws Error.
+    long long Execute(std::string_view statement);
+    /// The rows of a Select; a closed recordset for any other statement, which is run. Throws Error.
+    RecordsetRef Select(std::string_view statement);
+
+  private:
+    RecordsetRef Run(PreparedStatement &prepared, std::string_view text, const SelectStatement &select);
+    long long Run(PreparedStatement &prepared, std::string_view text, const InsertStatement &insert);
+    long long Run(PreparedStatement &prepared, std::string_view text, const UpdateStatement &update);
+    long long Run(PreparedStatement &prepared, std::string_view text, const DeleteStatement &remove);
+    long long Run(const ParsedStatement &parsed, const ReplaceStatement &replace);
+    void Run(const UseStatement &use);
+    long long InsertSelected(PreparedStatement &prepared, const InsertStatement &insert);
+
+    std::shared_ptr<Store> m_store;
+    StatementCache m_cache;
+    /// The current record of each table that Use opened, and the table of the current work area.
+    std::map<std::string, RowNumber, std::less<>> m_records;
+    CString m_area;
+};
+
+}  // namespace ktl::ado::sql

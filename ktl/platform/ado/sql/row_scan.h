@@ -1,0 +1,43 @@
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "ktl/platform/ado/sql/expression.h"
+#include "ktl/platform/ado/sql/table.h"
+#include "ktl/platform/export.h"
+
+namespace ktl::ado::sql {
+
+/// The rows of a table that a condition accepts. A condition that holds `column = number` or `column In (numbers)`, by
+/// itself or joined by And, goes through the table's index where it has one; any other is a walk over all rows.
+class KTL_API RowScan {
+  public:
+    /// `condition` holds one expression, or none: all rows. Throws what binding throws.
+    RowScan(const std::vector<Expression> &condition, const BindScope &scope);
+
+    /// Begins a walk.
+    void Start(Table &table);
+    /// Moves the table's cursor to the next accepted row.
+    bool Next(Table &table);
+
+    /// For a walk of the caller's own: to be called before it, and then for each row.
+    void Prepare();
+    bool Accepts(Table &table);
+
+  private:
+    struct Key {
+        int column;
+        std::vector<const Value *> values;
+    };
+    void CollectKeys(const BoundExpression &condition);
+    bool FindByKey(Table &table, const Key &key);
+
+    std::optional<BoundExpression> m_condition;
+    std::vector<Key> m_keys;
+    bool m_byKey = false;
+    std::vector<RowNumber> m_rows;
+    std::size_t m_next = 0;
+};
+
+}  // namespace ktl::ado::sql

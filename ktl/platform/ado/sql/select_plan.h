@@ -1,0 +1,82 @@
+#pragma once
+
+#include <functional>
+#include <limits>
+#include <memory>
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+#include "ktl/platform/ado/sql/row_scan.h"
+#include "ktl/platform/ado/static_recordset.h"
+#include "ktl/platform/export.h"
+
+namespace ktl::ado::sql {
+
+/// A Select bound to one table.
+class KTL_API SelectPlan {
+  public:
+    /// Throws what binding throws.
+    SelectPlan(const ParsedStatement &parsed, const SelectStatement &select, Table &table);
+
+    const std::vector<Column> &GetColumns() const { return *m_columns; }
+    /// For each result column the table's column that it shows, or -1 for a computed one.
+    std::vector<int> GetSourceColumns() const;
+    /// True when each result row is one row of the table.
+    bool HasRowIdentity() const { return !m_aggregates && !m_distinct; }
+
+    /// The recordset, and into `rows` the table's row of each result row in the order of `AddRow`.
+    std::shared_ptr<StaticRecordset> Run(Table &table, std::vector<RowNumber> &rows);
+    /// Hands over each result row in turn; without order, limit and sums the rows are not gathered first.
+    void ForEachRow(Table &table, const std::function<void(const std::vector<const Value *> &)> &use);
+
+  private:
+    struct Key {
+        /// A result column, or -1 and one expression.
+        int item = -1;
+        std::vector<BoundExpression> expression;
+        bool descending = false;
+    };
+    /// A row that waits to be put in order.
+    struct Waiting {
+        std::vector<Value> keys;
+        std::vector<Value> cells;
+        RowNumber row = 0;
+        std::uint32_t arrival = 0;
+    };
+    static constexpr std::size_t kNoLimit = std::numeric_limits<std::size_t>::max();
+
+    void BindItems(const ParsedStatement &parsed, const SelectStatement &select, const Table &table);
+    void BindOrder(const ParsedStatement &parsed, const SelectStatement &select, const Table &table);
+    Column DescribeItem(const SelectItem &item, const BoundExpression &bound, const Table &table, int &unnamed) const;
+    void MakeNamesUnique();
+
+    void Start(Table &table);
+    /// Moves to the next row of the scan, evaluates its result cells and drops repeated ones of a Distinct.
+    bool NextResult(Table &table);
+    void EvaluateItems(Table &table);
+    const Value &KeyValue(Key &key, Table &table);
+    bool ComesInOrder(Table &table) const;
+    std::size_t Limit() const;
+    bool GoesBefore(const Waiting &a, const Waiting &b) const;
+    void Take(Table &table, Waiting &waiting);
+
+    void RunAggregates(Table &table, StaticRecordset &result);
+    void RunAsTheyCome(Table &table, StaticRecordset &result, std::vector<RowNumber> &rows, std::size_t limit);
+    void RunBest(Table &table, StaticRecordset &result, std::vector<RowNumber> &rows, std::size_t limit);
+    void RunSorted(Table &table, StaticRecordset &result, std::vector<RowNumber> &rows);
+
+    std::shared_ptr<std::vector<Column>> m_columns;
+    std::vector<BoundExpression> m_items;
+    /// The result cells of the current row.
+    std::vector<const Value *> m_cells;
+    std::vector<Key> m_order;
+    RowScan m_scan;
+    bool m_aggregates = false;
+    bool m_distinct = false;
+    double m_top = -1;
+    bool m_topPercent = false;
+    std::unordered_set<std::string> m_seen;
+};
+
+}  // namespace ktl::ado::sql

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <memory>
+
+#include "ktl/platform/ado/connection.h"
+#include "ktl/platform/ado/sql/executor.h"
+#include "ktl/platform/ado/sql/table.h"
+#include "ktl/platform/export.h"
+
+namespace ktl::ado::sql {
+
+/// A connection whose statements this layer runs over a store's tables.
+class KTL_API StatementConnection final : public Connection {
+  public:
+    explicit StatementConnection(std::shared_ptr<Store> store);
+    ~StatementConnection() override;
+
+    long long Execute(const CString &statement) override;
+    RecordsetRef OpenRecordset(const CString &statement, bool clientCursor) override;
+    RecordsetRef OpenSchema(int schema) override;
+    void Close() override;
+    bool IsOpen() const override { return m_store != nullptr; }
+
+  private:
+    void RequireOpen() const;
+
+    std::shared_ptr<Store> m_store;
+    std::unique_ptr<Executor> m_executor;
+};
+
+}  // namespace ktl::ado::sql

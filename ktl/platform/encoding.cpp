@@ -148,61 +148,81 @@ char32_t TakeGbk(std::string_view &text) {
 // Collects GBK text character by character and counts what it lacks.
 class GbkWriter {
   public:
-    explicit GbkWriter(std::size_t expected) { m_text.reserve(expected); }
+    /// `room`: bytes that the characters with a code of their own take at most.
+    explicit GbkWriter(std::size_t room) : m_text(room, '\0') {}
 
-    void AppendAscii(std::string_view run) { m_text += run; }
+    void AppendAscii(std::string_view run) { m_length += run.copy(m_text.data() + m_length, run.size()); }
     void Append(char32_t c) {
         if (!AppendExact(c)) AppendSubstitute(c);
     }
     void AppendUnknown() {
-        m_text += '?';
+        AppendMore("?");
         ++m_replaced;
     }
     CString Finish(int *replaced) {
         if (replaced) *replaced += m_replaced;
+        m_text.resize(m_length);
         return CString(std::move(m_text));
     }
 
   private:
     bool AppendExact(char32_t c) {
         if (c < 0x80) {
-            m_text += static_cast<char>(c);
+            m_text[m_length++] = static_cast<char>(c);
+        } else if (const unsigned code = m_table.FromUnicode(c)) {
+            m_text[m_length] = static_cast<char>(code >> 8);
+            m_text[m_length + 1] = static_cast<char>(code & 0xFF);
+            m_length += 2;
         } else if (c == kEuro) {
-            m_text += '\x80';
-        } else if (const unsigned code = Table().FromUnicode(c)) {
-            m_text += static_cast<char>(code >> 8);
-            m_text += static_cast<char>(code & 0xFF);
+            m_text[m_length++] = '\x80';
         } else {
             return false;
         }
         return true;
     }
+    // Text beyond the room reckoned with.
+    void AppendMore(std::string_view text) {
+        m_text.resize(m_text.size() + text.size());
+        m_length += text.copy(m_text.data() + m_length, text.size());
+    }
     void AppendSubstitute(char32_t c) {
         bool found = false;
-        std::string_view form = Transliterate(c, found);
+        const std::string_view form = Transliterate(c, found);
         if (!found) return AppendUnknown();
         ++m_replaced;
-        bool valid = true;
-        while (!form.empty()) {
-            if (!AppendExact(TakeUtf8(form, valid))) m_text += '?';
-        }
+        AppendMore(FromUtf8(form).View());
     }
 
+    const CodeTable &m_table = Table();
     std::string m_text;
+    std::size_t m_length = 0;
     int m_replaced = 0;
 };
+
+// Most of the text that is not ASCII: three bytes each.
+bool TakeThreeByteCharacter(std::string_view &text, char32_t &c) {
+    if (text.size() < 3 || (text[0] & 0xF0) != 0xE0) return false;
+    if ((text[1] & 0xC0) != 0x80 || (text[2] & 0xC0) != 0x80) return false;
+    c = (text[0] & 0x0FU) << 12 | (text[1] & 0x3FU) << 6 | (text[2] & 0x3FU);
+    if (c < 0x800 || (c >= 0xD800 && c <= 0xDFFF)) return false;
+    text.remove_prefix(3);
+    return true;
+}
 
 }  // namespace
 
 CString FromUtf8(std::string_view utf8, int *replaced) {
+    if (AsciiPrefix(utf8) == utf8.size()) return CString(utf8);
     GbkWriter writer(utf8.size());
-    bool valid = true;
     while (!utf8.empty()) {
         const std::size_t ascii = AsciiPrefix(utf8);
         writer.AppendAscii(utf8.substr(0, ascii));
         utf8.remove_prefix(ascii);
-        if (utf8.empty()) break;
-        const char32_t c = TakeUtf8(utf8, valid);
+        char32_t c = 0;
+        while (TakeThreeByteCharacter(utf8, c)) writer.Append(c);
+        if (utf8.empty() || static_cast<unsigned char>(utf8[0]) < 0x80) continue;
+        bool valid = true;
+        c = TakeUtf8(utf8, valid);
         if (valid) {
             writer.Append(c);
         } else {
@@ -213,13 +233,28 @@ CString FromUtf8(std::string_view utf8, int *replaced) {
 }
 
 std::string ToUtf8(std::string_view gbk) {
-    std::string utf8;
-    utf8.reserve(gbk.size() + gbk.size() / 2);
+    const std::size_t prefix = AsciiPrefix(gbk);
+    std::string utf8(gbk.substr(0, prefix));
+    gbk.remove_prefix(prefix);
+    if (gbk.empty()) return utf8;
+    const CodeTable &table = Table();
+    utf8.reserve(prefix + gbk.size() + gbk.size() / 2 + 4);
     while (!gbk.empty()) {
-        const std::size_t ascii = AsciiPrefix(gbk);
-        utf8 += gbk.substr(0, ascii);
-        gbk.remove_prefix(ascii);
-        if (!gbk.empty()) AppendUtf8(utf8, TakeGbk(gbk));
+        const auto lead = static_cast<unsigned char>(gbk[0]);
+        const auto trail = static_cast<unsigned char>(gbk.size() > 1 ? gbk[1] : 0);
+        const char32_t c = IsLeadByte(gbk[0]) && IsTrailByte(trail) ? table.ToUnicode(lead, trail) : 0;
+        if (c >= 0x800) {
+            const char bytes[] = {static_cast<char>(0xE0 | c >> 12), static_cast<char>(0x80 | (c >> 6 & 0x3F)),
+                                  static_cast<char>(0x80 | (c & 0x3F))};
+            utf8.append(bytes, 3);
+            gbk.remove_prefix(2);
+        } else if (lead < 0x80) {
+            const std::size_t ascii = AsciiPrefix(gbk);
+            utf8 += gbk.substr(0, ascii);
+            gbk.remove_prefix(ascii);
+        } else {
+            AppendUtf8(utf8, TakeGbk(gbk));
+        }
     }
     return utf8;
 }

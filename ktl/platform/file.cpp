@@ -1,7 +1,5 @@
 #include "ktl/platform/file.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <iterator>
@@ -120,20 +118,12 @@ CString TitleOf(const CString &name) {
     return dot > 0 ? name.Left(dot) : name;
 }
 
-CString AbsolutePath(const std::string &systemPath) {
-    if (systemPath.starts_with('/')) return ktl::PlatformPath(systemPath);
-    std::string folder(4096, '\0');
-    if (!::getcwd(folder.data(), folder.size())) return ktl::PlatformPath(systemPath);
-    folder.resize(folder.find('\0'));
-    return ktl::PlatformPath(folder + (folder.ends_with('/') ? "" : "/") + systemPath);
-}
-
 void FillStatus(CFileStatus &status, const FileInfo &info, const std::string &systemPath) {
     status.m_ctime = CTime(info.changed);
     status.m_mtime = CTime(info.modified);
     status.m_atime = CTime(info.accessed);
     status.m_size = info.isFolder ? 0 : info.size;
-    status.m_szFullName = AbsolutePath(systemPath);
+    status.m_szFullName = ktl::PlatformPath(ktl::AbsolutePath(systemPath));
     const std::size_t slash = systemPath.rfind('/') + 1;
     unsigned attribute = CFile::normal;
     if (info.isReadOnly) attribute |= CFile::readOnly;
@@ -190,7 +180,7 @@ BOOL CFile::Open(const char *fileName, UINT openFlags, CFileException *error) {
         if (error) *error = failure;
         return FALSE;
     }
-    m_strFileName = AbsolutePath(path);
+    m_strFileName = ktl::PlatformPath(ktl::AbsolutePath(path));
     m_position = 0;
     m_access = openFlags & kAccessMask;
     return TRUE;

@@ -72,7 +72,7 @@ BOOL CFileFind::FindFile(const char *name, DWORD) {
         SetLastError(ktl::PlatformError(error, system));
         return FALSE;
     }
-    m_root = ktl::PlatformPath(m_systemRoot.empty() ? "./" : m_systemRoot);
+    m_root = ktl::PlatformPath(ktl::AbsolutePath(m_systemRoot));
     return TRUE;
 }
 

@@ -42,6 +42,7 @@ FileInfo InfoOf(const struct stat &status) {
     info.inode = status.st_ino;
     info.mode = status.st_mode & 07777U;
     info.modifiedFraction = static_cast<std::uint32_t>(status.st_mtim.tv_nsec);
+    info.changedFraction = static_cast<std::uint32_t>(status.st_ctim.tv_nsec);
     info.links = status.st_nlink;
     return info;
 }
@@ -267,6 +268,14 @@ int ReplaceWholeFile(const std::string &systemPath, std::string_view content) {
     if (error == 0) error = PutInPlace(temporary, target);
     if (error != 0) files.Remove(temporary);
     return error;
+}
+
+std::string AbsolutePath(const std::string &systemPath) {
+    if (systemPath.starts_with('/')) return systemPath;
+    const std::unique_ptr<char, decltype(&std::free)> folder(::getcwd(nullptr, 0), &std::free);
+    if (!folder) return systemPath;
+    const std::string root = folder.get();
+    return root + (root.ends_with('/') ? "" : "/") + systemPath;
 }
 
 std::string ExistingPath(const std::string &systemPath) {

@@ -30,6 +30,8 @@ struct FileInfo {
     unsigned mode = 0;
     /// The part of `modified` below a second, in nanoseconds.
     std::uint32_t modifiedFraction = 0;
+    /// The same of `changed`.
+    std::uint32_t changedFraction = 0;
     /// The names that the file has; 0 when it was removed or replaced while open.
     std::uint64_t links = 1;
 };
@@ -114,6 +116,9 @@ KTL_API int ReplaceWholeFile(const std::string &systemPath, std::string_view con
 KTL_API int PutInPlace(const std::string &temporary, const std::string &target);
 /// A name beside `systemPath` that no file has at the moment.
 KTL_API std::string TemporaryNameFor(const std::string &systemPath);
+
+/// The name from the root on; a relative one lies in the process's current folder.
+KTL_API std::string AbsolutePath(const std::string &systemPath);
 
 /// The name itself when there is such a file or folder; otherwise the name in the same folder that differs only by
 /// case; otherwise the name itself.

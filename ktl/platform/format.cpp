@@ -101,6 +101,7 @@ void TakeSize(std::string_view &text, Conversion &spec) {
         {"l", Width::kLong},       {"h", Width::kShort},     {"w", Width::kWideChar},  {"z", Width::kLongLong},
         {"j", Width::kLongLong},   {"t", Width::kLongLong},  {"I", Width::kLongLong},  {"q", Width::kLongLong},
     };
+    if (text.empty() || std::string_view("Ilhwzjtq").find(text[0]) == std::string_view::npos) return;
     for (const Prefix &prefix : kPrefixes) {
         if (!TakePrefix(text, prefix.text)) continue;
         spec.size = prefix.size;
@@ -199,32 +200,50 @@ std::string PrintedDigits(double magnitude, const Conversion &spec, char letter)
     return digits;
 }
 
-std::string FloatDigits(double magnitude, const Conversion &spec, char letter) {
-    const char lower = static_cast<char>(letter | 0x20);
-    if (!std::isfinite(magnitude)) return std::isnan(magnitude) ? "nan" : "inf";
-    // The plain forms are frequent, and to_chars gives printf's digits for them faster.
-    if (lower == 'a' || spec.alternate) return PrintedDigits(magnitude, spec, lower);
-    const auto form = lower == 'e'   ? std::chars_format::scientific
-                      : lower == 'f' ? std::chars_format::fixed
-                                     : std::chars_format::general;
-    const int precision = spec.precision < 0 ? 6 : spec.precision;
-    std::string digits(static_cast<std::size_t>(precision) + 330, '\0');
+// Room for any double with a usual precision.
+constexpr int kUsualPrecision = 40;
+constexpr std::size_t kLongestWhole = 330;
+
+std::string LongDigits(double magnitude, std::chars_format form, int precision) {
+    std::string digits(static_cast<std::size_t>(precision) + kLongestWhole, '\0');
     const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), magnitude, form, precision);
     digits.resize(static_cast<std::size_t>(result.ptr - digits.data()));
     return digits;
 }
 
+// The digits without a sign, in the buffer or in `longer`.
+std::string_view FloatDigits(double magnitude, const Conversion &spec, char letter, char *buffer, std::string &longer) {
+    const char lower = static_cast<char>(letter | 0x20);
+    if (!std::isfinite(magnitude)) return std::isnan(magnitude) ? "nan" : "inf";
+    // The plain forms are frequent, and to_chars gives printf's digits for them faster.
+    if (lower == 'a' || spec.alternate) return longer = PrintedDigits(magnitude, spec, lower);
+    const auto form = lower == 'e'   ? std::chars_format::scientific
+                      : lower == 'f' ? std::chars_format::fixed
+                                     : std::chars_format::general;
+    const int precision = spec.precision < 0 ? 6 : spec.precision;
+    if (precision > kUsualPrecision) return longer = LongDigits(magnitude, form, precision);
+    char *const end = buffer + kUsualPrecision + kLongestWhole;
+    return {buffer, static_cast<std::size_t>(std::to_chars(buffer, end, magnitude, form, precision).ptr - buffer)};
+}
+
 void AppendFloat(std::string &out, const Conversion &spec, Arguments &args, char letter) {
     const double value = va_arg(args.list, double);
-    std::string digits = FloatDigits(std::fabs(value), spec, letter);
+    char buffer[kUsualPrecision + kLongestWhole];
+    std::string longer;
+    std::string_view digits = FloatDigits(std::fabs(value), spec, letter, buffer, longer);
+    std::string_view sign = SignOf(spec, std::signbit(value) && !std::isnan(value));
+    std::string upper;
     if (letter < 'a') {
-        std::transform(digits.begin(), digits.end(), digits.begin(),
+        upper = digits;
+        std::transform(upper.begin(), upper.end(), upper.begin(),
                        [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; });
+        digits = upper;
     }
-    std::string sign(SignOf(spec, std::signbit(value) && !std::isnan(value)));
+    std::string prefix;
     if ((letter | 0x20) == 'a' && std::isfinite(value)) {
-        sign += digits.substr(0, 2);
-        digits.erase(0, 2);
+        prefix = std::string(sign) + std::string(digits.substr(0, 2));
+        sign = prefix;
+        digits.remove_prefix(2);
     }
     AppendNumber(out, spec, sign, digits, spec.zero && std::isfinite(value));
 }
@@ -311,6 +330,7 @@ std::string FormatText(std::string_view format, va_list list) {
     Arguments args;
     va_copy(args.list, list);
     std::string out;
+    out.reserve(format.size() + 32);
     while (!format.empty()) {
         const std::size_t percent = std::min(format.find('%'), format.size());
         out += format.substr(0, percent);

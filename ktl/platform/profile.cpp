@@ -220,7 +220,7 @@ std::optional<std::string> ListNames(const char *section, const char *fileName) 
 
 DWORD CopyText(std::string_view text, char *buffer, DWORD size) {
     const auto length = std::min(static_cast<DWORD>(text.size()), size - 1);
-    std::memcpy(buffer, text.data(), length);
+    text.copy(buffer, length);
     buffer[length] = '\0';
     return length;
 }

@@ -50,7 +50,11 @@ UINT CStdioFile::Read(void *buffer, UINT count) {
     WritePending();
     auto *out = static_cast<char *>(buffer);
     UINT done = 0;
-    while (done < count && NextByte(out[done])) ++done;
+    Piece piece;
+    while (done < count && NextPiece(count - done, piece)) {
+        done += static_cast<UINT>(piece.bytes.copy(out + done, piece.bytes.size()));
+        if (piece.endsLine) out[done++] = '\n';
+    }
     return done;
 }
 
@@ -97,15 +101,11 @@ void CStdioFile::WriteString(const char *text) {
 
 BOOL CStdioFile::ReadString(CString &line) {
     WritePending();
-    std::string text;
-    char byte = 0;
+    line.Empty();
     bool readAny = false;
-    while (NextByte(byte)) {
-        readAny = true;
-        if (byte == '\n') break;
-        text += byte;
+    for (Piece piece; !piece.endsLine && NextPiece(std::string_view::npos, piece); readAny = true) {
+        line.Append(piece.bytes.data(), static_cast<int>(piece.bytes.size()));
     }
-    line = CString(std::move(text));
     return readAny ? TRUE : FALSE;
 }
 
@@ -113,8 +113,10 @@ char *CStdioFile::ReadString(char *buffer, UINT size) {
     WritePending();
     if (!buffer || size == 0) return nullptr;
     UINT length = 0;
-    while (length + 1 < size && NextByte(buffer[length])) {
-        if (buffer[length++] == '\n') break;
+    Piece piece;
+    while (!piece.endsLine && length + 1 < size && NextPiece(size - 1 - length, piece)) {
+        length += static_cast<UINT>(piece.bytes.copy(buffer + length, piece.bytes.size()));
+        if (piece.endsLine) buffer[length++] = '\n';
     }
     buffer[length] = '\0';
     return length > 0 ? buffer : nullptr;
@@ -137,18 +139,25 @@ bool CStdioFile::FillReadBuffer() {
     return read > 0;
 }
 
-bool CStdioFile::NextByte(char &byte) {
+// The next bytes of a line as they are read, at most `limit` of them with the newline; false at the end.
+bool CStdioFile::NextPiece(std::size_t limit, Piece &piece) {
     if (m_atMark || (m_next == m_ahead.size() && !FillReadBuffer())) return false;
-    byte = m_ahead[m_next];
-    if (m_isText && byte == kTextEnd) {
+    // A carriage return alone at the buffer's end waits for what follows it.
+    if (m_isText && m_next + 1 == m_ahead.size() && m_ahead[m_next] == '\r') FillReadBuffer();
+    const std::string_view ahead = std::string_view(m_ahead).substr(m_next);
+    const std::size_t newline = ahead.find('\n');
+    piece.bytes = ahead.substr(0, std::min(newline, limit));
+    if (m_isText && piece.bytes.find(kTextEnd) != std::string_view::npos) {
+        piece = {piece.bytes.substr(0, piece.bytes.find(kTextEnd)), false};
+        m_next += piece.bytes.size();
         m_atMark = true;
-        return false;
+        return !piece.bytes.empty();
     }
-    if (m_isText && byte == '\r') {
-        if (m_next + 1 == m_ahead.size()) FillReadBuffer();
-        if (m_next + 1 < m_ahead.size() && m_ahead[m_next + 1] == '\n') byte = m_ahead[++m_next];
-    }
-    ++m_next;
+    const bool isBeforeNewline = piece.bytes.size() == newline;
+    const bool isAtEnd = piece.bytes.size() == ahead.size() && piece.bytes.size() > 1;
+    if (m_isText && piece.bytes.ends_with('\r') && (isBeforeNewline || isAtEnd)) piece.bytes.remove_suffix(1);
+    piece.endsLine = isBeforeNewline && piece.bytes.size() < limit;
+    m_next += piece.endsLine ? newline + 1 : piece.bytes.size();
     return true;
 }
 

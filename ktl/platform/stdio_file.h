@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "ktl/platform/export.h"
 #include "ktl/platform/file.h"
@@ -35,8 +36,14 @@ class KTL_API CStdioFile : public CFile {
     virtual char *ReadString(char *buffer, UINT size);
 
   private:
+    /// Bytes of one line, good until the next read, and whether they end with the line's newline (not among them).
+    struct Piece {
+        std::string_view bytes;
+        bool endsLine = false;
+    };
+
     bool FillReadBuffer();
-    bool NextByte(char &byte);
+    bool NextPiece(std::size_t limit, Piece &piece);
     void LeaveReading();
     void WritePending();
 

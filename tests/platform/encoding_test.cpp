@@ -142,3 +142,11 @@ TEST(FileNames, SecondBytesAreNoSeparators) {
     EXPECT_EQ(ktl::PlatformPath("/data/誠/亅"), ktl::FromUtf8("\\data\\誠\\亅"));
     EXPECT_EQ(ktl::PlatformPath("/한/ç"), "\\?\\c");
 }
+
+TEST(Encoding, ManyReplacementsTakeLinearTime) {
+    std::string utf8;
+    for (int i = 0; i < 200000; ++i) utf8 += "한ﬃ";
+    int replaced = 0;
+    EXPECT_EQ(ktl::FromUtf8(utf8, &replaced).GetLength(), 800000);
+    EXPECT_EQ(replaced, 400000);
+}

@@ -257,7 +257,7 @@ void CXMapWnd::ZoomToTiles(const CExtent &extent, int fixWidth, Snap snap) {
     ClearBack();
     const ktl::ViewSize size = ClientSize(*this);
     double tileSize = ktl::FittingTileSize(size, extent, fixWidth);
-    m_nLevel = static_cast<short>(snap(tileSize));
+    m_nLevel = snap(tileSize);
     m_extent = ktl::ExtentOfTiles(size, extent, fixWidth, tileSize);
     m_dRatio = ktl::FittingRatio(size, m_extent);
     m_extent9 = ktl::NineWindows(m_extent);

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "ktl/platform/gdiplus/surface.h"
 #include "ktl/platform/gdiplus/types.h"
@@ -47,22 +48,15 @@ constexpr std::uint32_t OverPremultiplied(std::uint32_t source, std::uint32_t pi
 
 /// Stores one value in `count` pixels.
 inline void FillRun(std::uint32_t *pixels, std::size_t count, std::uint32_t value) {
-    typedef std::uint32_t Four __attribute__((vector_size(16), aligned(4), may_alias));
+    typedef std::uint32_t Four __attribute__((vector_size(16)));
     const Four four = {value, value, value, value};
-    while (count >= 16) {
-        auto *const to = reinterpret_cast<Four *>(pixels);
-        to[0] = four;
-        to[1] = four;
-        to[2] = four;
-        to[3] = four;
-        pixels += 16;
-        count -= 16;
+    for (; count >= 16; pixels += 16, count -= 16) {
+        std::memcpy(pixels, &four, sizeof four);
+        std::memcpy(pixels + 4, &four, sizeof four);
+        std::memcpy(pixels + 8, &four, sizeof four);
+        std::memcpy(pixels + 12, &four, sizeof four);
     }
-    while (count >= 4) {
-        *reinterpret_cast<Four *>(pixels) = four;
-        pixels += 4;
-        count -= 4;
-    }
+    for (; count >= 4; pixels += 4, count -= 4) std::memcpy(pixels, &four, sizeof four);
     for (; count > 0; --count) *pixels++ = value;
 }
 

@@ -22,19 +22,16 @@ DashPattern::DashPattern(const std::vector<double> &lengths, double offset) : m_
 }
 
 DashPattern::Place DashPattern::At(double distance) const {
-    double phase = std::fmod(distance + m_offset, Period());
-    if (phase < 0) phase += Period();
-    auto bound = std::upper_bound(m_bounds.begin(), m_bounds.end(), phase);
-    if (bound == m_bounds.end()) {
-        bound = m_bounds.begin();
-        phase = 0;
-    }
-    return {*bound - phase, static_cast<std::size_t>(bound - m_bounds.begin())};
+    const double cycle = std::floor((distance + m_offset) / Period());
+    const double phase = distance + m_offset - cycle * Period();
+    const auto bound = std::upper_bound(m_bounds.begin(), m_bounds.end(), phase);
+    if (bound == m_bounds.end()) return {cycle + 1, 0};
+    return {cycle, static_cast<std::size_t>(bound - m_bounds.begin())};
 }
 
 DashPattern::Place DashPattern::After(Place place) const {
-    const std::size_t next = place.entry + 1 == m_bounds.size() ? 0 : place.entry + 1;
-    return {m_bounds[next] - (next == 0 ? 0.0 : m_bounds[next - 1]), next};
+    if (place.entry + 1 == m_bounds.size()) return {place.cycle + 1, 0};
+    return {place.cycle, place.entry + 1};
 }
 
 std::vector<double> DashPattern::Lengths() const {

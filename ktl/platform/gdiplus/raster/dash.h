@@ -17,16 +17,22 @@ class DashPattern {
 
     bool IsSolid() const { return m_bounds.empty(); }
 
-    /// A place in the pattern: how far from here to the next change, and whether the line is on.
+    /// One entry of the pattern somewhere along the line.
     struct Place {
-        double left;
+        /// How many times the pattern has run before; a whole number.
+        double cycle;
         std::size_t entry;
         bool isOn() const { return entry % 2 == 0; }
     };
-    /// The place at a distance from the line's start.
+    /// The entry at a distance from the line's start.
     Place At(double distance) const;
-    /// The place after the next change.
     Place After(Place place) const;
+    /// Where an entry begins and ends, as distances from the line's start: the same numbers from wherever it is
+    /// reached.
+    double Begin(Place place) const {
+        return place.cycle * Period() + (place.entry == 0 ? 0.0 : m_bounds[place.entry - 1]) - m_offset;
+    }
+    double End(Place place) const { return place.cycle * Period() + m_bounds[place.entry] - m_offset; }
     double Period() const { return m_bounds.back(); }
     /// The entries, an even number, and the distance into them at which a line starts.
     std::vector<double> Lengths() const;
@@ -78,30 +84,28 @@ void CutIntoDashes(const DashPattern &pattern, const PointD *points, std::size_t
             distance += length;
             continue;
         }
-        const auto pointAt = [&](double at) { return at >= length ? b : a + (b - a) * (at / length); };
-        double at = part.from * length;
-        const double end = part.to * length;
-        if (part.from > 0) finish(false);
-        DashPattern::Place place = pattern.At(distance + at);
-        if (open && !place.isOn()) finish(false);
+        // Dashes are whole ones also where the box cuts them: their corners are then the same from wherever one looks.
+        const auto pointAt = [&](double at) { return at <= 0 ? a : at >= length ? b : a + (b - a) * (at / length); };
+        DashPattern::Place place = pattern.At(distance + part.from * length);
+        if (part.from > 0 || (open && !place.isOn())) finish(false);
         if (place.isOn() && !open) {
             open = true;
-            atStart = distance == 0 && at == 0;
-            scratch.push_back(pointAt(at));
+            atStart = distance == 0 && pattern.Begin(place) <= 0;
+            scratch.push_back(pointAt(pattern.Begin(place) - distance));
         }
-        while (at + place.left < end) {
-            at += place.left;
+        const double end = distance + part.to * length;
+        while (pattern.End(place) < end) {
+            const PointD change = pointAt(pattern.End(place) - distance);
+            scratch.push_back(change);
             if (place.isOn()) {
-                scratch.push_back(pointAt(at));
                 finish(false);
             } else {
                 open = true;
                 atStart = false;
-                scratch.push_back(pointAt(at));
             }
             place = pattern.After(place);
         }
-        if (open) scratch.push_back(pointAt(end));
+        if (open) scratch.push_back(pointAt(pattern.End(place) - distance));
         if (part.to < 1) finish(false);
         distance += length;
     }

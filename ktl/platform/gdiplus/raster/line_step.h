@@ -281,11 +281,11 @@ void StepDashedSegment(const Put &put, const Box &clip, FixedPoint from, FixedPo
     const double perUnit = length / static_cast<double>(line.Scale());
     const double first = std::abs(static_cast<double>(steps.first * kUnit - line.a0)) * perUnit;
     DashPattern::Place place = pattern.At(distance + first + kSlack);
-    double change = place.left;
+    double change = pattern.End(place) - distance - first - kSlack;
     for (std::int64_t i = 0; i < steps.count; ++i) {
         while (static_cast<double>(i) * perUnit * kUnit >= change) {
             place = pattern.After(place);
-            change += place.left;
+            change = pattern.End(place) - distance - first - kSlack;
         }
         if (!place.isOn()) continue;
         const std::int64_t along = steps.first + i * steps.direction;

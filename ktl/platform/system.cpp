@@ -114,8 +114,10 @@ DWORD GetTickCount() {
 namespace ktl {
 
 void SetApplicationFolder(const CString &folder) {
+    std::string path = SystemPath(folder);
+    while (path.size() > 1 && path.ends_with('/')) path.pop_back();
     const std::lock_guard guard(Folder().mutex);
-    Folder().folder = PlatformPath(SystemPath(folder));
+    Folder().folder = PlatformPath(path);
 }
 
 CString ModuleFileName() {

@@ -33,7 +33,7 @@ KTL_API DWORD GetTickCount();
 
 namespace ktl {
 
-/// Another writable folder (GBK, no trailing separator) to stand for the program's; empty for the program's own.
+/// Another writable folder (GBK) to stand for the program's; empty for the program's own.
 KTL_API void SetApplicationFolder(const CString &folder);
 /// The running program's path.
 KTL_API CString ModuleFileName();

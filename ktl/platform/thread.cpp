@@ -11,12 +11,15 @@ struct CWinThread::State {
     std::atomic<DWORD> suspendCount{0};
     std::atomic<DWORD> exitCode{STILL_ACTIVE};
     std::atomic<std::thread::id> thread;
+    /// The object went before its suspended thread began: the thread must not touch it.
+    std::atomic<bool> isAbandoned{false};
 };
 
 CWinThread::CWinThread() = default;
 
 CWinThread::~CWinThread() {
     if (!m_state || m_state->thread.load() == std::this_thread::get_id()) return;
+    m_state->isAbandoned = m_state->suspendCount != 0;
     ResumeThread();
     m_state->ended.Lock();
 }
@@ -27,7 +30,7 @@ BOOL CWinThread::CreateThread(DWORD flags) {
     m_state->suspendCount = (flags & CREATE_SUSPENDED) != 0 ? 1 : 0;
     if (m_state->suspendCount == 0) m_state->resumed.SetEvent();
     try {
-        std::thread([this] { Main(); }).detach();
+        std::thread([this, state = m_state] { Main(state); }).detach();
     } catch (const std::system_error &) {
         m_state.reset();
         return FALSE;
@@ -35,14 +38,15 @@ BOOL CWinThread::CreateThread(DWORD flags) {
     return TRUE;
 }
 
-// The object may be gone once it has deleted itself; the state is held here.
-void CWinThread::Main() {
-    const std::shared_ptr<State> state = m_state;
-    state->resumed.Lock();
+// The object may be gone once it has deleted itself, or before a suspended thread began.
+void CWinThread::Main(std::shared_ptr<State> state) {
     state->thread = std::this_thread::get_id();
-    const int code = InitInstance() ? Run() : ExitInstance();
-    state->exitCode = static_cast<DWORD>(code);
-    if (m_bAutoDelete) delete this;
+    state->resumed.Lock();
+    if (!state->isAbandoned) {
+        const int code = InitInstance() ? Run() : ExitInstance();
+        state->exitCode = static_cast<DWORD>(code);
+        if (m_bAutoDelete) delete this;
+    }
     state->ended.SetEvent();
 }
 

@@ -17,7 +17,8 @@ constexpr DWORD STILL_ACTIVE = 259;
 class KTL_API CWinThread : public CObject {
   public:
     CWinThread();
-    /// Waits for a thread that was started and is not deleting itself.
+    /// A thread that was created suspended never begins; another one is waited for. The owner waits earlier, with
+    /// `Wait`: here the derived part, which the thread uses, is gone.
     ~CWinThread() override;
 
     /// Starts the thread; with CREATE_SUSPENDED it runs only after `ResumeThread`. FALSE when there is one already or
@@ -43,7 +44,7 @@ class KTL_API CWinThread : public CObject {
 
   private:
     struct State;
-    void Main();
+    void Main(std::shared_ptr<State> state);
 
     std::shared_ptr<State> m_state;
 };

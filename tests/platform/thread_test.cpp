@@ -143,3 +143,13 @@ TEST(WinThread, AnAutomaticOneDiesWithItsThread) {
     for (int i = 0; i < 200 && Worker::destroyed == before; ++i) Sleep(10);
     EXPECT_EQ(Worker::destroyed, before + 1);
 }
+
+TEST(WinThread, OneThatNeverBeganTouchesNothing) {
+    {
+        Worker worker;
+        ASSERT_TRUE(worker.CreateThread(CREATE_SUSPENDED));
+    }
+    Worker idle;
+    EXPECT_TRUE(idle.Wait());
+    EXPECT_EQ(idle.GetExitCode(), 0U);
+}

@@ -199,7 +199,7 @@ TEST(System, ModuleLiesInTheFolderThatTheHostGives) {
     const DWORD length = GetModuleFileNameA(nullptr, buffer, sizeof buffer);
     EXPECT_EQ(CString(buffer).GetLength(), static_cast<int>(length));
     EXPECT_EQ(CString(buffer).Right(18), "\\ktl_platform_test");
-    ktl::SetApplicationFolder(ktl::FromUtf8("/data/誠"));
+    ktl::SetApplicationFolder(ktl::FromUtf8("/data/誠/"));
     EXPECT_EQ(ktl::ModuleFileName(), ktl::FromUtf8("\\data\\誠\\ktl_platform_test"));
     EXPECT_EQ(GetModuleFileNameA(nullptr, buffer, 4), 3U);
     EXPECT_STREQ(buffer, "\\da");

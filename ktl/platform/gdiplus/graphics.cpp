@@ -357,6 +357,8 @@ Status Graphics::GetVisibleClipBounds(Rect *rect) const {
     return Ok;
 }
 
+bool Graphics::DrawsWholePixels() const { return m_state && m_state->IsCrisp() && m_state->IsWhole(); }
+
 Status Graphics::Clear(const Color &color) {
     if (!m_state) return SetStatus(InvalidParameter);
     if (m_state->view.pixels != nullptr) {

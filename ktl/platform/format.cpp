@@ -51,23 +51,23 @@ bool TakePrefix(std::string_view &text, std::string_view prefix) {
     return true;
 }
 
-void TakeFlags(std::string_view &text, Conversion &spec) {
+void TakeFlags(std::string_view &text, Conversion &conversion) {
     for (; !text.empty(); text.remove_prefix(1)) {
         switch (text[0]) {
             case '-':
-                spec.leftAligned = true;
+                conversion.leftAligned = true;
                 break;
             case '+':
-                spec.plus = true;
+                conversion.plus = true;
                 break;
             case ' ':
-                spec.space = true;
+                conversion.space = true;
                 break;
             case '0':
-                spec.zero = true;
+                conversion.zero = true;
                 break;
             case '#':
-                spec.alternate = true;
+                conversion.alternate = true;
                 break;
             default:
                 return;
@@ -75,22 +75,22 @@ void TakeFlags(std::string_view &text, Conversion &spec) {
     }
 }
 
-void TakeWidth(std::string_view &text, Conversion &spec, Arguments &args) {
+void TakeWidth(std::string_view &text, Conversion &conversion, Arguments &args) {
     if (!TakePrefix(text, "*")) {
-        spec.width = TakeNumber(text);
+        conversion.width = TakeNumber(text);
         return;
     }
     const int width = va_arg(args.list, int);
-    spec.leftAligned = spec.leftAligned || width < 0;
-    spec.width = std::min(width < 0 ? -std::max(width, -kMaxField) : width, kMaxField);
+    conversion.leftAligned = conversion.leftAligned || width < 0;
+    conversion.width = std::min(width < 0 ? -std::max(width, -kMaxField) : width, kMaxField);
 }
 
-void TakePrecision(std::string_view &text, Conversion &spec, Arguments &args) {
+void TakePrecision(std::string_view &text, Conversion &conversion, Arguments &args) {
     if (!TakePrefix(text, ".")) return;
-    spec.precision = TakePrefix(text, "*") ? std::clamp(va_arg(args.list, int), -1, kMaxField) : TakeNumber(text);
+    conversion.precision = TakePrefix(text, "*") ? std::clamp(va_arg(args.list, int), -1, kMaxField) : TakeNumber(text);
 }
 
-void TakeSize(std::string_view &text, Conversion &spec) {
+void TakeSize(std::string_view &text, Conversion &conversion) {
     struct Prefix {
         std::string_view text;
         Width size;
@@ -104,45 +104,45 @@ void TakeSize(std::string_view &text, Conversion &spec) {
     if (text.empty() || std::string_view("Ilhwzjtq").find(text[0]) == std::string_view::npos) return;
     for (const Prefix &prefix : kPrefixes) {
         if (!TakePrefix(text, prefix.text)) continue;
-        spec.size = prefix.size;
+        conversion.size = prefix.size;
         return;
     }
 }
 
 // Puts sign or prefix and digits into the field.
-void AppendNumber(std::string &out, const Conversion &spec, std::string_view sign, std::string_view digits,
+void AppendNumber(std::string &out, const Conversion &conversion, std::string_view sign, std::string_view digits,
                   bool zeros) {
     const std::size_t length = sign.size() + digits.size();
-    const auto width = static_cast<std::size_t>(spec.width);
+    const auto width = static_cast<std::size_t>(conversion.width);
     const std::size_t fill = width > length ? width - length : 0;
-    if (!spec.leftAligned && !zeros) out.append(fill, ' ');
+    if (!conversion.leftAligned && !zeros) out.append(fill, ' ');
     out += sign;
-    if (!spec.leftAligned && zeros) out.append(fill, '0');
+    if (!conversion.leftAligned && zeros) out.append(fill, '0');
     out += digits;
-    if (spec.leftAligned) out.append(fill, ' ');
+    if (conversion.leftAligned) out.append(fill, ' ');
 }
 
-std::string_view SignOf(const Conversion &spec, bool negative) {
-    return negative ? "-" : spec.plus ? "+" : spec.space ? " " : "";
+std::string_view SignOf(const Conversion &conversion, bool negative) {
+    return negative ? "-" : conversion.plus ? "+" : conversion.space ? " " : "";
 }
 
-void AppendInteger(std::string &out, const Conversion &spec, std::string_view sign, std::uint64_t value, int base,
+void AppendInteger(std::string &out, const Conversion &conversion, std::string_view sign, std::uint64_t value, int base,
                    bool upper) {
     char buffer[24];
     char *end = std::to_chars(buffer, buffer + sizeof buffer, value, base).ptr;
     if (upper) std::transform(buffer, end, buffer, [](char c) { return c >= 'a' ? static_cast<char>(c - 32) : c; });
     std::string digits(buffer, end);
-    if (spec.precision == 0 && value == 0) digits.clear();
-    if (spec.precision > static_cast<int>(digits.size())) {
-        digits.insert(0, static_cast<std::size_t>(spec.precision) - digits.size(), '0');
+    if (conversion.precision == 0 && value == 0) digits.clear();
+    if (conversion.precision > static_cast<int>(digits.size())) {
+        digits.insert(0, static_cast<std::size_t>(conversion.precision) - digits.size(), '0');
     }
-    if (spec.alternate && base == 8 && !digits.starts_with('0')) digits.insert(0, 1, '0');
-    AppendNumber(out, spec, sign, digits, spec.zero && spec.precision < 0);
+    if (conversion.alternate && base == 8 && !digits.starts_with('0')) digits.insert(0, 1, '0');
+    AppendNumber(out, conversion, sign, digits, conversion.zero && conversion.precision < 0);
 }
 
-void AppendSigned(std::string &out, const Conversion &spec, Arguments &args) {
+void AppendSigned(std::string &out, const Conversion &conversion, Arguments &args) {
     std::int64_t value = 0;
-    switch (spec.size) {
+    switch (conversion.size) {
         case Width::kLongLong:
             value = va_arg(args.list, long long);
             break;
@@ -157,12 +157,12 @@ void AppendSigned(std::string &out, const Conversion &spec, Arguments &args) {
             break;
     }
     const auto bits = static_cast<std::uint64_t>(value);
-    AppendInteger(out, spec, SignOf(spec, value < 0), value < 0 ? 0 - bits : bits, 10, false);
+    AppendInteger(out, conversion, SignOf(conversion, value < 0), value < 0 ? 0 - bits : bits, 10, false);
 }
 
-void AppendUnsigned(std::string &out, const Conversion &spec, Arguments &args, char letter) {
+void AppendUnsigned(std::string &out, const Conversion &conversion, Arguments &args, char letter) {
     std::uint64_t value = 0;
-    switch (spec.size) {
+    switch (conversion.size) {
         case Width::kLongLong:
             value = va_arg(args.list, unsigned long long);
             break;
@@ -177,25 +177,26 @@ void AppendUnsigned(std::string &out, const Conversion &spec, Arguments &args, c
             break;
     }
     const bool isHex = letter == 'x' || letter == 'X';
-    const std::string_view prefix = !isHex || !spec.alternate || value == 0 ? "" : letter == 'x' ? "0x" : "0X";
-    AppendInteger(out, spec, prefix, value, isHex ? 16 : letter == 'o' ? 8 : 10, letter == 'X');
+    const std::string_view prefix = !isHex || !conversion.alternate || value == 0 ? "" : letter == 'x' ? "0x" : "0X";
+    AppendInteger(out, conversion, prefix, value, isHex ? 16 : letter == 'o' ? 8 : 10, letter == 'X');
 }
 
-void AppendPointer(std::string &out, Conversion spec, Arguments &args) {
-    spec.precision = 16;
-    AppendInteger(out, spec, "", reinterpret_cast<std::uintptr_t>(va_arg(args.list, void *)), 16, true);
+void AppendPointer(std::string &out, Conversion conversion, Arguments &args) {
+    conversion.precision = 16;
+    AppendInteger(out, conversion, "", reinterpret_cast<std::uintptr_t>(va_arg(args.list, void *)), 16, true);
 }
 
 // The digits of a finite number without its sign, as the C locale's printf gives them.
-std::string PrintedDigits(double magnitude, const Conversion &spec, char letter) {
+std::string PrintedDigits(double magnitude, const Conversion &conversion, char letter) {
     static const locale_t cLocale = newlocale(LC_ALL_MASK, "C", nullptr);
     const char format[] = {'%', '#', '.', '*', letter, '\0'};
     const char plain[] = {'%', '.', '*', letter, '\0'};
-    const char *chosen = spec.alternate ? format : plain;
+    const char *chosen = conversion.alternate ? format : plain;
     const locale_t before = uselocale(cLocale);
     std::string digits(
-        static_cast<std::size_t>(std::max(0, std::snprintf(nullptr, 0, chosen, spec.precision, magnitude))), '\0');
-    std::snprintf(digits.data(), digits.size() + 1, chosen, spec.precision, magnitude);
+        static_cast<std::size_t>(std::max(0, std::snprintf(nullptr, 0, chosen, conversion.precision, magnitude))),
+        '\0');
+    std::snprintf(digits.data(), digits.size() + 1, chosen, conversion.precision, magnitude);
     uselocale(before);
     return digits;
 }
@@ -212,26 +213,27 @@ std::string LongDigits(double magnitude, std::chars_format form, int precision) 
 }
 
 // The digits without a sign, in the buffer or in `longer`.
-std::string_view FloatDigits(double magnitude, const Conversion &spec, char letter, char *buffer, std::string &longer) {
+std::string_view FloatDigits(double magnitude, const Conversion &conversion, char letter, char *buffer,
+                             std::string &longer) {
     const char lower = static_cast<char>(letter | 0x20);
     if (!std::isfinite(magnitude)) return std::isnan(magnitude) ? "nan" : "inf";
     // The plain forms are frequent, and to_chars gives printf's digits for them faster.
-    if (lower == 'a' || spec.alternate) return longer = PrintedDigits(magnitude, spec, lower);
+    if (lower == 'a' || conversion.alternate) return longer = PrintedDigits(magnitude, conversion, lower);
     const auto form = lower == 'e'   ? std::chars_format::scientific
                       : lower == 'f' ? std::chars_format::fixed
                                      : std::chars_format::general;
-    const int precision = spec.precision < 0 ? 6 : spec.precision;
+    const int precision = conversion.precision < 0 ? 6 : conversion.precision;
     if (precision > kUsualPrecision) return longer = LongDigits(magnitude, form, precision);
     char *const end = buffer + kUsualPrecision + kLongestWhole;
     return {buffer, static_cast<std::size_t>(std::to_chars(buffer, end, magnitude, form, precision).ptr - buffer)};
 }
 
-void AppendFloat(std::string &out, const Conversion &spec, Arguments &args, char letter) {
+void AppendFloat(std::string &out, const Conversion &conversion, Arguments &args, char letter) {
     const double value = va_arg(args.list, double);
     char buffer[kUsualPrecision + kLongestWhole];
     std::string longer;
-    std::string_view digits = FloatDigits(std::fabs(value), spec, letter, buffer, longer);
-    std::string_view sign = SignOf(spec, std::signbit(value) && !std::isnan(value));
+    std::string_view digits = FloatDigits(std::fabs(value), conversion, letter, buffer, longer);
+    std::string_view sign = SignOf(conversion, std::signbit(value) && !std::isnan(value));
     std::string upper;
     if (letter < 'a') {
         upper = digits;
@@ -245,12 +247,12 @@ void AppendFloat(std::string &out, const Conversion &spec, Arguments &args, char
         sign = prefix;
         digits.remove_prefix(2);
     }
-    AppendNumber(out, spec, sign, digits, spec.zero && std::isfinite(value));
+    AppendNumber(out, conversion, sign, digits, conversion.zero && std::isfinite(value));
 }
 
-void AppendText(std::string &out, const Conversion &spec, std::string_view text) {
-    if (spec.precision >= 0) text = text.substr(0, static_cast<std::size_t>(spec.precision));
-    AppendNumber(out, spec, "", text, spec.zero);
+void AppendText(std::string &out, const Conversion &conversion, std::string_view text) {
+    if (conversion.precision >= 0) text = text.substr(0, static_cast<std::size_t>(conversion.precision));
+    AppendNumber(out, conversion, "", text, conversion.zero);
 }
 
 // With a precision the text need not be terminated.
@@ -262,42 +264,43 @@ std::basic_string_view<Char> BoundedText(const Char *text, int precision) {
     return {text, length};
 }
 
-bool IsWide(const Conversion &spec, char letter) {
+bool IsWide(const Conversion &conversion, char letter) {
     const bool isCapital = letter == 'S' || letter == 'C';
-    if (spec.size == Width::kLong || spec.size == Width::kWideChar) return true;
-    return isCapital && spec.size != Width::kShort;
+    if (conversion.size == Width::kLong || conversion.size == Width::kWideChar) return true;
+    return isCapital && conversion.size != Width::kShort;
 }
 
-void AppendString(std::string &out, const Conversion &spec, Arguments &args, char letter) {
+void AppendString(std::string &out, const Conversion &conversion, Arguments &args, char letter) {
     const void *pointer = va_arg(args.list, const void *);
-    if (!pointer) return AppendText(out, spec, "(null)");
-    if (!IsWide(spec, letter)) {
-        return AppendText(out, spec, BoundedText(static_cast<const char *>(pointer), spec.precision));
+    if (!pointer) return AppendText(out, conversion, "(null)");
+    if (!IsWide(conversion, letter)) {
+        return AppendText(out, conversion, BoundedText(static_cast<const char *>(pointer), conversion.precision));
     }
-    AppendText(out, spec, GbkFromWide(BoundedText(static_cast<const wchar_t *>(pointer), spec.precision)).View());
+    AppendText(out, conversion,
+               GbkFromWide(BoundedText(static_cast<const wchar_t *>(pointer), conversion.precision)).View());
 }
 
-void AppendChar(std::string &out, Conversion spec, Arguments &args, char letter) {
+void AppendChar(std::string &out, Conversion conversion, Arguments &args, char letter) {
     const int value = va_arg(args.list, int);
-    spec.precision = -1;
-    if (IsWide(spec, letter)) {
+    conversion.precision = -1;
+    if (IsWide(conversion, letter)) {
         const auto wide = static_cast<wchar_t>(value);
-        return AppendText(out, spec, GbkFromWide(std::wstring_view(&wide, 1)).View());
+        return AppendText(out, conversion, GbkFromWide(std::wstring_view(&wide, 1)).View());
     }
     const char ch = static_cast<char>(value);
-    AppendText(out, spec, std::string_view(&ch, 1));
+    AppendText(out, conversion, std::string_view(&ch, 1));
 }
 
-void AppendConversion(std::string &out, const Conversion &spec, Arguments &args, char letter) {
+void AppendConversion(std::string &out, const Conversion &conversion, Arguments &args, char letter) {
     switch (letter) {
         case 'd':
         case 'i':
-            return AppendSigned(out, spec, args);
+            return AppendSigned(out, conversion, args);
         case 'u':
         case 'o':
         case 'x':
         case 'X':
-            return AppendUnsigned(out, spec, args, letter);
+            return AppendUnsigned(out, conversion, args, letter);
         case 'f':
         case 'F':
         case 'e':
@@ -306,15 +309,15 @@ void AppendConversion(std::string &out, const Conversion &spec, Arguments &args,
         case 'G':
         case 'a':
         case 'A':
-            return AppendFloat(out, spec, args, letter);
+            return AppendFloat(out, conversion, args, letter);
         case 's':
         case 'S':
-            return AppendString(out, spec, args, letter);
+            return AppendString(out, conversion, args, letter);
         case 'c':
         case 'C':
-            return AppendChar(out, spec, args, letter);
+            return AppendChar(out, conversion, args, letter);
         case 'p':
-            return AppendPointer(out, spec, args);
+            return AppendPointer(out, conversion, args);
         case 'n':
             // Writing through an argument is refused; the argument is passed over.
             (void)va_arg(args.list, void *);
@@ -336,15 +339,15 @@ std::string FormatText(std::string_view format, va_list list) {
         out += format.substr(0, percent);
         format.remove_prefix(percent);
         if (!TakePrefix(format, "%")) break;
-        Conversion spec;
-        TakeFlags(format, spec);
-        TakeWidth(format, spec, args);
-        TakePrecision(format, spec, args);
-        TakeSize(format, spec);
+        Conversion conversion;
+        TakeFlags(format, conversion);
+        TakeWidth(format, conversion, args);
+        TakePrecision(format, conversion, args);
+        TakeSize(format, conversion);
         if (format.empty()) break;
         const char letter = format[0];
         format.remove_prefix(1);
-        AppendConversion(out, spec, args, letter);
+        AppendConversion(out, conversion, args, letter);
     }
     va_end(args.list);
     return out;

@@ -42,9 +42,24 @@ std::string ContextOf(const CLI::App &program) {
     return commands.empty() ? "ktl" : "ktl " + commands.front()->get_name();
 }
 
+constexpr const char *kNoCommand = "no command given (see 'ktl --help')";
+
+// CLI11 would say only that the argument was not expected.
+void CheckCommand(const CLI::App &program, int argc, char **argv) {
+    const std::string first = argc < 2 ? "" : argv[1];
+    if (first.empty()) throw UsageError(kNoCommand);
+    if (first.starts_with('-')) return;
+    for (const CLI::App *command : program.get_subcommands([](const CLI::App *) { return true; })) {
+        if (command->get_name() == first) return;
+    }
+    throw UsageError("unknown command '" + first + "' (see 'ktl --help')");
+}
+
 int Run(CLI::App &program, int argc, char **argv) {
     try {
+        CheckCommand(program, argc, argv);
         program.parse(argc, argv);
+        if (program.get_subcommands().empty()) throw UsageError(kNoCommand);
         return kExitOk;
     } catch (const CLI::Success &success) {
         return program.exit(success);
@@ -69,7 +84,7 @@ int main(int argc, char **argv) {
     program.name("ktl");
     program.formatter_fn([](const CLI::App *, std::string, CLI::AppFormatMode) { return std::string(kHelp); });
     program.set_version_flag("--version", "ktl " KTL_VERSION);
-    program.require_subcommand(1);
+    program.require_subcommand(0, 1);
     AddRenderCommand(program);
     return Run(program, argc, argv);
 }

@@ -72,6 +72,8 @@ void ReadSize(const PictureArguments &arguments, host::RenderOptions &options) {
 host::RenderOptions OptionsFrom(const PictureArguments &arguments, const StyleOptions &styles) {
     host::RenderOptions options;
     options.sources = styles.Sources();
+    if (options.sources.empty()) throw UsageError("no SOURCE given (see 'ktl render --help')");
+    if (arguments.output.empty()) throw UsageError("no output given: -o FILE (see 'ktl render --help')");
     options.output = arguments.output;
     options.degrees = arguments.degrees;
     options.smooth = arguments.smooth;
@@ -109,7 +111,7 @@ void AddRenderCommand(CLI::App &program) {
     command->formatter_fn([](const CLI::App *, std::string, CLI::AppFormatMode) { return std::string(kRenderHelp); });
     auto arguments = std::make_shared<PictureArguments>();
     auto styles = std::make_shared<StyleOptions>(*command);
-    command->add_option("-o,--output", arguments->output)->required();
+    command->add_option("-o,--output", arguments->output);
     command->add_option("--size", arguments->size);
     CLI::Option *extent = command->add_option("--extent", arguments->extent);
     command->add_option("--center", arguments->center)->excludes(extent);

@@ -125,7 +125,7 @@ void Apply(const SourceOption &option, const std::string &value, StyledSource &s
 }  // namespace
 
 StyleOptions::StyleOptions(CLI::App &command) : m_command(command) {
-    m_source = command.add_option("SOURCE", m_values.emplace_back())->required();
+    m_source = command.add_option("SOURCE", m_values.emplace_back());
     for (const SourceOption &option : kSourceOptions) {
         command.add_option(option.name, m_values.emplace_back())->allow_extra_args(false);
     }

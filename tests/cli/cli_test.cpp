@@ -59,10 +59,12 @@ TEST_F(Cli, ABadCommandLineIsOneLineAndStatusTwo) {
         std::vector<std::string> arguments;
         const char *part;
     } const cases[] = {
-        {{}, "subcommand"},
-        {{"paint"}, "paint"},
-        {{"render"}, "required"},
-        {{"render", "a.geojson"}, "--output"},
+        {{}, "no command"},
+        {{"paint"}, "unknown command 'paint'"},
+        {{"--paint"}, "--paint"},
+        {{"render"}, "no SOURCE given"},
+        {{"render", "--bogus"}, "--bogus"},
+        {{"render", "a.geojson"}, "-o FILE"},
         {{"render", "a.geojson", "-o", "a.png", "--bogus"}, "--bogus"},
         {{"render", "a.geojson", "-o", "a.png", "--size"}, "--size"},
         {{"render", "a.geojson", "-o", "a.png", "--size", "100"}, "--size takes WxH"},
@@ -101,6 +103,7 @@ TEST_F(Cli, WhatCannotBeDrawnIsOneLineStatusOneAndNoFile) {
     const std::string empty = m_in.Write("empty.geojson", "");
     const std::string nothing = m_in.Write("nothing.geojson", R"({"type":"FeatureCollection","features":[]})");
     const std::string wrong = m_in.Write("wrong.shp", "this is no shapefile");
+    std::filesystem::create_directory(m_in.Path("folder"));
     const std::string symbol = m_in.Write("symbol.png", "no picture");
     struct {
         std::vector<std::string> arguments;
@@ -112,7 +115,7 @@ TEST_F(Cli, WhatCannotBeDrawnIsOneLineStatusOneAndNoFile) {
         {{truncated, "-o", png}, "cannot read"},
         {{wrong, "-o", png}, "cannot read"},
         {{m_square, wrong, "-o", png}, "cannot read"},
-        {{m_in.Path(""), "-o", png}, "no map data"},
+        {{m_in.Path("folder"), "-o", png}, "no map data"},
         {{nothing, "-o", png}, "nothing to show"},
         {{m_square, "--layer", "x", "-o", png}, "no layer 'x'"},
         {{m_square, "--where", "x = ", "-o", png}, "bad filter"},

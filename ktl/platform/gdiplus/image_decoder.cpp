@@ -133,15 +133,12 @@ constexpr std::uint32_t Pack(unsigned a, unsigned r, unsigned g, unsigned b) {
     return a << 24 | r << 16 | g << 8 | b;
 }
 
-/// Four samples R, G, B, A in place to pixels. A row without any transparency is only reordered.
-void PutRgbaRow(std::uint32_t *row, int width, bool isPremultiplied) {
-    const auto *samples = reinterpret_cast<const std::uint8_t *>(row);
-    std::uint8_t all = 255;
-    for (int x = 0; x < width; ++x) all &= samples[4 * x + 3];
-    for (int x = 0; x < width; ++x) {
-        const std::uint8_t *s = samples + 4 * static_cast<std::ptrdiff_t>(x);
-        const std::uint32_t pixel = Pack(s[3], s[0], s[1], s[2]);
-        row[x] = all == 255 || isPremultiplied ? pixel : Premultiply(pixel);
+/// Four samples R, G, B, A in place to pixels.
+void PutRgbaRow(const Source &source, std::uint32_t *row) {
+    if (source.isPremultiplied) {
+        ReorderSamples(row, source.width);
+    } else {
+        PremultiplySamples(row, source.width);
     }
 }
 
@@ -166,7 +163,7 @@ void PutRow(const Source &source, const std::uint8_t *in, std::uint32_t *out) {
             break;
         case Layout::Rgba:
             std::memcpy(out, in, static_cast<std::size_t>(source.width) * 4);
-            PutRgbaRow(out, source.width, source.isPremultiplied);
+            PutRgbaRow(source, out);
             break;
         case Layout::Cmyk:
             PutCmykRow(in, out, source.width);
@@ -216,7 +213,7 @@ bool ReadByStrips(const Source &source, Picture &picture) {
 /// Straight into the picture, where the samples take the room of the pixels.
 bool ReadInPlace(const Source &source, Picture &picture) {
     if (!ReadSamples(source, 0, source.height, picture.Row(0))) return false;
-    for (int y = 0; y < source.height; ++y) PutRgbaRow(picture.Row(y), source.width, source.isPremultiplied);
+    for (int y = 0; y < source.height; ++y) PutRgbaRow(source, picture.Row(y));
     return true;
 }
 

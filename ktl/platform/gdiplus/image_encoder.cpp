@@ -17,21 +17,25 @@ std::size_t PixelCount(const Picture &picture) {
     return static_cast<std::size_t>(picture.Width()) * static_cast<std::size_t>(picture.Height());
 }
 
+void PutSamples(const std::uint32_t *row, int width, bool hasAlpha, int bands, std::uint8_t *out) {
+    for (int x = 0; x < width; ++x, out += bands) {
+        const ARGB color = ColorOf(row[x], hasAlpha);
+        out[0] = static_cast<std::uint8_t>(color >> 16);
+        out[1] = static_cast<std::uint8_t>(color >> 8);
+        out[2] = static_cast<std::uint8_t>(color);
+        if (bands == 4) out[3] = static_cast<std::uint8_t>(color >> 24);
+    }
+}
+
 /// Straight colours as `bands` samples a pixel, R, G, B and, with four, A. Without alpha the colour bytes stay as they
 /// are: nothing is mixed in.
 std::vector<std::uint8_t> Samples(const Picture &picture, int bands) {
+    const int width = picture.Width();
+    const std::size_t rowBytes = static_cast<std::size_t>(width) * static_cast<std::size_t>(bands);
     std::vector<std::uint8_t> samples(PixelCount(picture) * static_cast<std::size_t>(bands));
-    const bool hasAlpha = picture.HasAlpha();
     std::uint8_t *out = samples.data();
-    for (int y = 0; y < picture.Height(); ++y) {
-        const std::uint32_t *row = picture.Row(y);
-        for (int x = 0; x < picture.Width(); ++x, out += bands) {
-            const ARGB color = ColorOf(row[x], hasAlpha);
-            out[0] = static_cast<std::uint8_t>(color >> 16);
-            out[1] = static_cast<std::uint8_t>(color >> 8);
-            out[2] = static_cast<std::uint8_t>(color);
-            if (bands == 4) out[3] = static_cast<std::uint8_t>(color >> 24);
-        }
+    for (int y = 0; y < picture.Height(); ++y, out += rowBytes) {
+        PutSamples(picture.Row(y), width, picture.HasAlpha(), bands, out);
     }
     return samples;
 }

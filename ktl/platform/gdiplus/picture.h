@@ -66,6 +66,11 @@ constexpr Gdiplus::ARGB Unpremultiply(std::uint32_t pixel) {
     return alpha << 24 | channel(pixel >> 16 & 0xFF) << 16 | channel(pixel >> 8 & 0xFF) << 8 | channel(pixel & 0xFF);
 }
 
+/// Samples R, G, B, A in place to premultiplied pixels, as `Premultiply` makes them.
+void PremultiplySamples(std::uint32_t *row, int count);
+/// The same for samples that are multiplied already.
+void ReorderSamples(std::uint32_t *row, int count);
+
 /// The straight colour of a stored pixel: one without alpha is opaque.
 constexpr Gdiplus::ARGB ColorOf(std::uint32_t pixel, bool hasAlpha) {
     return hasAlpha ? Unpremultiply(pixel) : pixel | 0xFF000000U;

@@ -72,6 +72,7 @@
 #include "ktl/webmap/georeference.h"
 #include "ktl/webmap/level.h"
 #include "ktl/webmap/map_type.h"
+#include "ktl/webmap/mosaic.h"
 #include "ktl/webmap/projection.h"
 
 #include "ktl/imaging/bitmap_tools.h"

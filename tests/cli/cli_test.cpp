@@ -7,6 +7,7 @@
 #include <cmath>
 #include <regex>
 #include <set>
+#include <utility>
 
 #include "tests/cli/command_run.h"
 #include "tests/host/scratch_folder.h"
@@ -52,6 +53,18 @@ unsigned PixelAt(GDALDataset &picture, int x, int y) {
         rgb = rgb << 8 | value;
     }
     return rgb;
+}
+
+std::pair<double, double> InDegrees(const OGRSpatialReference &from, double x, double y) {
+    OGRSpatialReference source(from);
+    source.SetAxisMappingStrategy(OAMS_TRADITIONAL_GIS_ORDER);
+    OGRSpatialReference degrees;
+    degrees.SetWellKnownGeogCS("WGS84");
+    degrees.SetAxisMappingStrategy(OAMS_TRADITIONAL_GIS_ORDER);
+    OGRCoordinateTransformation *transform = OGRCreateCoordinateTransformation(&source, &degrees);
+    EXPECT_TRUE(transform != nullptr && transform->Transform(1, &x, &y));
+    OGRCoordinateTransformation::DestroyCT(transform);
+    return {x, y};
 }
 
 TEST_F(Cli, ABadCommandLineIsOneLineAndStatusTwo) {
@@ -210,7 +223,12 @@ TEST_F(Cli, GdalFindsEveryPictureWhereTheReportSays) {
             const OGRSpatialReference *system = picture->GetSpatialRef();
             ASSERT_NE(system, nullptr) << format.picture;
             EXPECT_EQ(system->IsProjected() != 0, metres) << format.picture;
-            EXPECT_STREQ(system->GetName(), metres ? "WGS_1984_Web_Mercator" : "WGS 84");
+            // The coordinate system says the same in degrees.
+            const CPLJSONObject shown = root.GetObj("extent");
+            const double pixel = (shown.GetDouble("east") - shown.GetDouble("west")) / 500;
+            const auto [west, north] = InDegrees(*system, t[0], t[3]);
+            EXPECT_NEAR(west, shown.GetDouble("west"), pixel) << format.picture;
+            EXPECT_NEAR(north, shown.GetDouble("north"), pixel) << format.picture;
 
             EXPECT_EQ(root.GetArray("files").Size(), 4);
             EXPECT_TRUE(std::filesystem::exists(folder.Path(format.worldFile))) << format.worldFile;

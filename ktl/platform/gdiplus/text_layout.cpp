@@ -18,6 +18,10 @@ namespace {
 struct ObjectDeleter {
     void operator()(void *object) const { g_object_unref(object); }
 };
+struct ScaledFontDeleter {
+    void operator()(cairo_scaled_font_t *font) const { cairo_scaled_font_destroy(font); }
+};
+using ScaledFontPtr = std::unique_ptr<cairo_scaled_font_t, ScaledFontDeleter>;
 using ContextPtr = std::unique_ptr<PangoContext, ObjectDeleter>;
 using LayoutPtr = std::unique_ptr<PangoLayout, ObjectDeleter>;
 
@@ -27,9 +31,16 @@ constexpr double kUnit = PANGO_SCALE;
 
 /// A string broken into lines, without a place yet.
 struct ShapedText {
+    /// Glyphs of one font, from the line's begin and its baseline.
+    struct Run {
+        ScaledFontPtr font;
+        std::vector<cairo_glyph_t> glyphs;
+    };
+
     struct Line {
-        /// The layout's.
+        /// The layout's; null when the layout is not kept.
         PangoLayoutLine *line = nullptr;
+        std::vector<Run> runs;
         /// Advances without trailing blanks, and with them.
         double width = 0;
         double widthWithBlanks = 0;
@@ -37,6 +48,7 @@ struct ShapedText {
         int codepointsThrough = 0;
     };
 
+    /// Kept only where there is more to draw than glyphs.
     LayoutPtr layout;
     std::vector<Line> lines;
 };
@@ -75,30 +87,35 @@ struct ShapeKeyHash {
     }
 };
 
-/// The layouts that were asked for last.
+/// The texts that were asked for last.
 class ShapeCache {
   public:
     ShapedPtr Find(const ShapeKey &key) {
-        const auto found = m_places.find(key);
-        if (found == m_places.end()) return nullptr;
-        m_entries.splice(m_entries.begin(), m_entries, found->second);
-        return found->second->second;
+        const auto found = m_entries.find(key);
+        if (found == m_entries.end()) return nullptr;
+        m_order.splice(m_order.begin(), m_order, found->second.place);
+        return found->second.shaped;
     }
 
     void Keep(const ShapeKey &key, ShapedPtr shaped) {
-        m_entries.emplace_front(key, std::move(shaped));
-        m_places[key] = m_entries.begin();
-        if (m_entries.size() <= kMost) return;
-        m_places.erase(m_entries.back().first);
-        m_entries.pop_back();
+        const auto entry = m_entries.emplace(key, Entry{std::move(shaped), {}}).first;
+        m_order.push_front(&entry->first);
+        entry->second.place = m_order.begin();
+        if (m_order.size() <= kMost) return;
+        m_entries.erase(m_entries.find(*m_order.back()));
+        m_order.pop_back();
     }
 
   private:
-    static constexpr std::size_t kMost = 1024;
-    using Entry = std::pair<ShapeKey, ShapedPtr>;
+    /// The labels of a full map; each takes about a kilobyte.
+    static constexpr std::size_t kMost = 8192;
+    struct Entry {
+        ShapedPtr shaped;
+        std::list<const ShapeKey *>::iterator place;
+    };
 
-    std::list<Entry> m_entries;
-    std::unordered_map<ShapeKey, std::list<Entry>::iterator, ShapeKeyHash> m_places;
+    std::unordered_map<ShapeKey, Entry, ShapeKeyHash> m_entries;
+    std::list<const ShapeKey *> m_order;
 };
 
 ContextPtr MakeContext(bool isAntialiased) {
@@ -127,6 +144,8 @@ ThreadTools &Tools() {
     return tools;
 }
 
+constexpr int kLineStyles = FontStyleUnderline | FontStyleStrikeout;
+
 void SetFont(PangoLayout *layout, const ShapeKey &key) {
     PangoFontDescription *font = pango_font_description_new();
     pango_font_description_set_family(font, key.face->faces.c_str());
@@ -135,7 +154,7 @@ void SetFont(PangoLayout *layout, const ShapeKey &key) {
     if (key.style & FontStyleItalic) pango_font_description_set_style(font, PANGO_STYLE_ITALIC);
     pango_layout_set_font_description(layout, font);
     pango_font_description_free(font);
-    if ((key.style & (FontStyleUnderline | FontStyleStrikeout)) == 0) return;
+    if ((key.style & kLineStyles) == 0) return;
     PangoAttrList *lines = pango_attr_list_new();
     if (key.style & FontStyleUnderline) {
         pango_attr_list_insert(lines, pango_attr_underline_new(PANGO_UNDERLINE_SINGLE));
@@ -193,13 +212,45 @@ void CollectLines(ShapedText &shaped) {
         codepoints += static_cast<int>(g_utf8_strlen(counted, end - counted));
         counted = end;
         line.codepointsThrough = codepoints;
-        shaped.lines.push_back(line);
+        shaped.lines.push_back(std::move(line));
     }
 }
 
-ShapedPtr Shape(const ShapeKey &key) {
-    ThreadTools &tools = Tools();
-    if (ShapedPtr kept = tools.cache.Find(key)) return kept;
+/// Takes the glyphs of a line out of the layout; false when one of them is no glyph of a font.
+bool CollectRuns(ShapedText::Line &line) {
+    int x = 0;
+    for (GSList *node = line.line->runs; node; node = node->next) {
+        const auto *item = static_cast<const PangoGlyphItem *>(node->data);
+        PangoFont *font = item->item->analysis.font;
+        cairo_scaled_font_t *scaled = font ? pango_cairo_font_get_scaled_font(PANGO_CAIRO_FONT(font)) : nullptr;
+        if (!scaled) return false;
+        ShapedText::Run run;
+        run.font.reset(cairo_scaled_font_reference(scaled));
+        for (int i = 0; i < item->glyphs->num_glyphs; ++i) {
+            const PangoGlyphInfo &glyph = item->glyphs->glyphs[i];
+            if (glyph.glyph & PANGO_GLYPH_UNKNOWN_FLAG) return false;
+            if (glyph.glyph != PANGO_GLYPH_EMPTY) {
+                run.glyphs.push_back(
+                    {glyph.glyph, (x + glyph.geometry.x_offset) / kUnit, glyph.geometry.y_offset / kUnit});
+            }
+            x += glyph.geometry.width;
+        }
+        if (!run.glyphs.empty()) line.runs.push_back(std::move(run));
+    }
+    return true;
+}
+
+/// Without the layout a text takes little room and is drawn faster.
+void DropLayout(ShapedText &shaped) {
+    for (ShapedText::Line &line : shaped.lines) {
+        if (!CollectRuns(line)) return;
+    }
+    for (ShapedText::Line &line : shaped.lines) line.line = nullptr;
+    shaped.layout.reset();
+}
+
+std::shared_ptr<ShapedText> MakeShape(const ShapeKey &key) {
+    const ThreadTools &tools = Tools();
     auto shaped = std::make_shared<ShapedText>();
     shaped->layout.reset(pango_layout_new((key.isAntialiased ? tools.gray : tools.plain).get()));
     PangoLayout *layout = shaped->layout.get();
@@ -211,7 +262,15 @@ ShapedPtr Shape(const ShapeKey &key) {
     const std::string utf8 = Utf8FromWide(key.text);
     pango_layout_set_text(layout, utf8.data(), static_cast<int>(utf8.size()));
     CollectLines(*shaped);
-    tools.cache.Keep(key, shaped);
+    return shaped;
+}
+
+ShapedPtr Shape(const ShapeKey &key) {
+    ShapeCache &cache = Tools().cache;
+    if (ShapedPtr kept = cache.Find(key)) return kept;
+    const std::shared_ptr<ShapedText> shaped = MakeShape(key);
+    if ((key.style & kLineStyles) == 0) DropLayout(*shaped);
+    cache.Keep(key, shaped);
     return shaped;
 }
 
@@ -277,7 +336,7 @@ std::wstring CutLines(const TextRequest &request, const std::wstring &text, Shap
         const std::size_t end = std::min(text.find(L'\n', at), text.size());
         key.text = text.substr(at, end - at);
         const bool byWords = request.format->GetTrimming() == StringTrimmingWord;
-        cut.append(key.text, 0, FittingLength(*Shape(key), key.text, room, byWords));
+        cut.append(key.text, 0, FittingLength(*MakeShape(key), key.text, room, byWords));
         if (end < text.size()) cut.push_back(L'\n');
         at = end + 1;
     }
@@ -370,10 +429,30 @@ TextBlock PlaceText(const TextRequest &request) {
     return block;
 }
 
+namespace {
+
+void DrawRun(cairo_t *cairo, const ShapedText::Run &run, double x, double baseline) {
+    thread_local std::vector<cairo_glyph_t> placed;
+    placed.assign(run.glyphs.begin(), run.glyphs.end());
+    for (cairo_glyph_t &glyph : placed) {
+        glyph.x += x;
+        glyph.y += baseline;
+    }
+    cairo_set_scaled_font(cairo, run.font.get());
+    cairo_show_glyphs(cairo, placed.data(), static_cast<int>(placed.size()));
+}
+
+}  // namespace
+
 void DrawTextBlock(cairo_t *cairo, const TextBlock &block) {
-    for (const TextBlock::Line &line : block.lines) {
-        cairo_move_to(cairo, line.x, line.baseline);
-        pango_cairo_show_layout_line(cairo, block.shaped->lines[static_cast<std::size_t>(line.index)].line);
+    for (const TextBlock::Line &place : block.lines) {
+        const ShapedText::Line &line = block.shaped->lines[static_cast<std::size_t>(place.index)];
+        if (line.line) {
+            cairo_move_to(cairo, place.x, place.baseline);
+            pango_cairo_show_layout_line(cairo, line.line);
+        } else {
+            for (const ShapedText::Run &run : line.runs) DrawRun(cairo, run, place.x, place.baseline);
+        }
     }
     cairo_new_path(cairo);
 }

@@ -32,7 +32,9 @@ ViewBox ViewBox::For(const Gdiplus::Graphics &graphics, const Gdiplus::Pen *pen)
     constexpr int kLowest = std::numeric_limits<int>::min();
     constexpr int kHighest = std::numeric_limits<int>::max();
     Gdiplus::Rect rect;
-    if (graphics.GetVisibleClipBounds(&rect) != Gdiplus::Ok) return {kLowest, kLowest, kHighest, kHighest, 0};
+    if (!graphics.DrawsWholePixels() || graphics.GetVisibleClipBounds(&rect) != Gdiplus::Ok) {
+        return {kLowest, kLowest, kHighest, kHighest, 0};
+    }
     const int reach = pen ? ReachOf(*pen) : kRoundingReach;
     const bool isSolid = !pen || pen->GetDashStyle() == Gdiplus::DashStyleSolid;
     return {AddClamped(rect.X, -reach), AddClamped(rect.Y, -reach), AddClamped(rect.GetRight(), reach),

@@ -9,7 +9,8 @@
 
 namespace ktl {
 
-/// The pixels beyond which nothing that is drawn shows: the surface's visible part, widened by the reach of a pen.
+/// The pixels beyond which nothing that is drawn shows: the surface's visible part, widened by the reach of a pen. It
+/// has no bounds where drawing is smooth or transformed: there the pixels inside depend a little on what lies outside.
 struct ViewBox {
     int left;
     int top;

@@ -1,5 +1,6 @@
 #include "ktl/shapes/shape_polygon.h"
 
+#include <cpl_conv.h>
 #include <ogr_geometry.h>
 
 #include <algorithm>
@@ -125,6 +126,7 @@ OGRGeometry *CShape_Polygon::GetOGRShape() {
     auto ring = std::make_unique<OGRLinearRing>();
     ktl::CopyToCurve(PointArray, *ring);
     auto polygon = std::make_unique<OGRPolygon>();
+    const CPLConfigOptionSetter acceptAsStored("OGR_GEOMETRY_ACCEPT_UNCLOSED_RING", "YES", false);
     if (polygon->addRingDirectly(ring.get()) == OGRERR_NONE) ring.release();
     return polygon.release();
 }

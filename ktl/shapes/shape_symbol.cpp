@@ -16,8 +16,7 @@ constexpr int kFrame = 1;
 constexpr int kPictureSide = kDrawingSide + 2 * kFrame;
 /// The drawing's own extent over the square it is fitted into: leaves about a pixel around it for its outlines.
 constexpr double kMargin = 1.3;
-constexpr COLORREF kLineColor = RGB(0, 0, 0);
-constexpr COLORREF kOutlineColor = RGB(128, 128, 128);
+constexpr COLORREF kInk = RGB(0, 0, 0);
 
 /// A square around all shapes, with room for outlines.
 CExtent SquareAround(const CArray<CShape *, CShape *> &shapes) {
@@ -34,8 +33,8 @@ void DrawShapes(Gdiplus::Graphics &graphics, const CArray<CShape *, CShape *> &s
     const CExtent extent = SquareAround(shapes);
     const double ratio = std::min(kDrawingSide / extent.Width(), kDrawingSide / extent.Height());
     CLegend_Polyline legend;
-    legend.SetBackColor(kOutlineColor);
-    legend.SetForeColor(kLineColor);
+    legend.SetBackColor(kInk);
+    legend.SetForeColor(kInk);
     for (CShape *shape : shapes) shape->Draw(&graphics, &legend, ratio, extent, 0, 0, 0);
 }
 

@@ -1,40 +1,40 @@
 #include "ktl/attributes/field.h"
 
 #include <algorithm>
-#include <iterator>
 
 #include "ktl/platform/encoding.h"
 
 namespace {
 
-constexpr int kMaxCharWidth = 254;
+constexpr int kMostCharacters = 254;
 
-struct TypeTexts {
+struct TypeFacts {
+    /// For people, in UTF-8.
     const char *name;
-    /// Filled with the column's name, and the width for a char column.
-    const char *column;
+    /// The column's definition, a format that takes the name.
+    const char *definition;
 };
 
-/// By type from DATA_NONE. The misplaced percent sign of the date column is meant: it makes a column named s.
-constexpr TypeTexts kTypes[] = {
-    {"", ""},
+/// A row for each type from DATA_CHAR on.
+constexpr TypeFacts kTypes[] = {
     {"字符型", "[%s] Char(%d)"},
     {"整型", "[%s] int"},
     {"长整型", "[%s] bigint"},
     {"数字型", "[%s] numeric(20,10)"},
     {"布尔型", "[%s] int"},
+    // The misplaced sign is meant: the text takes no name, and the column is called s.
     {"日期型", "[s%] datetime"},
     {"二进制", "[%s] image"},
     {"备注型", "[%s] memo"},
 };
 
-const TypeTexts &TextsOf(ENUM_DATA type) {
-    return type > DATA_NONE && type < static_cast<int>(std::size(kTypes)) ? kTypes[type] : kTypes[DATA_NONE];
+const TypeFacts *FactsOf(ENUM_DATA type) {
+    return type >= DATA_CHAR && type <= DATA_MEMO ? &kTypes[type - DATA_CHAR] : nullptr;
 }
 
-CString Decimal(int value) {
+CString NumberText(int number) {
     CString text;
-    text.Format("%d", value);
+    text.Format("%d", number);
     return text;
 }
 
@@ -50,19 +50,22 @@ bool CField::operator==(const CField &other) const {
 }
 
 CString CField::GetSQLString() const {
+    const TypeFacts *facts = FactsOf(eType);
+    if (facts == nullptr) return {};
     CString text;
-    text.Format(TextsOf(eType).column, strName.GetString(), std::min(nLength, kMaxCharWidth));
+    text.Format(facts->definition, strName.GetString(), std::min(nLength, kMostCharacters));
     return text;
 }
 
 CString CField::GetTypeString(ENUM_DATA type) {
-    return ktl::FromUtf8(TextsOf(type).name);
+    const TypeFacts *facts = FactsOf(type);
+    return facts == nullptr ? CString() : ktl::FromUtf8(facts->name);
 }
 
 CString CField::GetLengthString() const {
-    return Decimal(nLength);
+    return NumberText(nLength);
 }
 
 CString CField::GetDecimalString() const {
-    return Decimal(nDecimal);
+    return NumberText(nDecimal);
 }

@@ -7,32 +7,27 @@
 
 namespace {
 
-constexpr int kIndexErrorCode = 100100;
-
-struct StandardColumn {
+struct DefaultField {
     const char *name;
     int length;
     ENUM_DATA type;
-    /// The system's own columns are read-only.
-    bool isSystem;
-};
-constexpr StandardColumn kStandardColumns[] = {
-    {"ID", 8, DATA_INT, true},
-    {"ShapeID", 8, DATA_INT, true},
-    {"name", 254, DATA_CHAR, false},
-    {"remark", -1, DATA_MEMO, false},
+    BYTE isSystem;
 };
 
-CString Lower(CString name) {
-    return name.MakeLower();
-}
+/// The row's live mark and its shape come first in every table; the system keeps both.
+constexpr DefaultField kDefaultFields[] = {
+    {"ID", 8, DATA_INT, 1},
+    {"ShapeID", 8, DATA_INT, 1},
+    {"name", 254, DATA_CHAR, 0},
+    {"remark", -1, DATA_MEMO, 0},
+};
 
 }  // namespace
 
 void CFields::InitToDefault() {
     CField field;
     int id = 0;
-    for (const StandardColumn &column : kStandardColumns) {
+    for (const DefaultField &column : kDefaultFields) {
         field.nID = id++;
         field.strName = column.name;
         field.nLength = column.length;
@@ -45,11 +40,11 @@ void CFields::InitToDefault() {
 }
 
 void CFields::GetFieldArray(CArray<CField, CField> &fields) const {
-    fields.Copy(m_fields);
+    if (&fields != &m_fields) fields.Copy(m_fields);
 }
 
 void CFields::Copy(CFields *source) {
-    if (source && source != this) m_fields.Copy(source->m_fields);
+    if (source != nullptr && source != this) m_fields.Copy(source->m_fields);
 }
 
 int CFields::AddField(CField field) {
@@ -64,12 +59,13 @@ int CFields::IsExist(CString name) const {
     if (name == "*") return 0;
     name.MakeLower();
     return std::any_of(m_fields.begin(), m_fields.end(),
-                       [&](const CField &field) { return Lower(field.strName) == name; });
+                       [&](const CField &field) { return CString(field.strName).MakeLower() == name; });
 }
 
 CField *CFields::GetFieldAt(int index) {
+    constexpr int kErrorCode = 100100;
     if (index >= GetFieldCount()) {
-        KtlWriteLog(kIndexErrorCode, ktl::FromUtf8("超出索引范围"), 1);
+        KtlWriteLog(kErrorCode, ktl::FromUtf8("超出索引范围"), 1);
         return nullptr;
     }
     return &m_fields[index];
@@ -94,8 +90,8 @@ CField *CFields::GetFieldByID(int id) {
 int CFields::UpdateField(CField field) {
     for (CField &stored : m_fields) {
         if (stored.nID != field.nID) continue;
-        field.nSpare3 = 0;
         stored = field;
+        stored.nSpare3 = 0;
         return 1;
     }
     return 0;
@@ -103,9 +99,9 @@ int CFields::UpdateField(CField field) {
 
 int CFields::DeleteFieldByName(CString name) {
     name.MakeLower();
-    for (int index = 0; index < GetFieldCount(); ++index) {
-        if (m_fields[index].strName.MakeLower() != name) continue;
-        m_fields.RemoveAt(index);
+    for (int i = 0; i < GetFieldCount(); ++i) {
+        if (m_fields[i].strName.MakeLower() != name) continue;
+        m_fields.RemoveAt(i);
         return 1;
     }
     return 0;

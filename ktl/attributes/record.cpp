@@ -1,54 +1,43 @@
 #include "ktl/attributes/record.h"
 
-#include <memory>
-
 #include "ktl/core/log.h"
 #include "ktl/platform/exception.h"
 
-namespace {
-
-constexpr int kCopyErrorCode = 100064;
-constexpr int kReadErrorCode = 100066;
-constexpr int kWriteErrorCode = 100067;
-
-/// Runs `work`; a failure is logged under `code` and goes no further.
-template <class Work>
-void Guarded(int code, Work work) {
+CString CRecord::GetValueAt(int index) const {
+    constexpr int kErrorCode = 100066;
     try {
-        work();
+        return arrValues[index];
     } catch (const std::exception &) {
-        KtlCatchError(code, 1);
+        KtlCatchError(kErrorCode, 1);
+        return {};
     }
 }
 
-}  // namespace
-
-CString CRecord::GetValueAt(int index) const {
-    CString value;
-    Guarded(kReadErrorCode, [&] { value = arrValues.GetAt(index); });
-    return value;
-}
-
 void CRecord::SetValueAt(int index, CString value) {
+    constexpr int kErrorCode = 100067;
     if (index < 0 || index >= GetValueCount()) return;
-    Guarded(kWriteErrorCode, [&] { arrValues.SetAt(index, value); });
+    try {
+        arrValues[index] = value;
+    } catch (const std::exception &) {
+        KtlCatchError(kErrorCode, 1);
+    }
 }
 
 CRecord *CRecord::Clone() const {
-    auto copy = std::make_unique<CRecord>(nShapeID);
-    copy->bDeleted = bDeleted;
-    copy->arrValues.Copy(arrValues);
-    return copy.release();
+    return new CRecord(*this);
 }
 
 void CRecord::Copy(CRecord *source) {
+    constexpr int kErrorCode = 100064;
     if (source == this) return;
-    Guarded(kCopyErrorCode, [&] {
-        if (!source) throw CInvalidArgException();
+    try {
+        if (source == nullptr) throw CInvalidArgException();
         arrValues.Copy(source->arrValues);
         nShapeID = source->nShapeID;
         bDeleted = source->bDeleted;
-    });
+    } catch (const std::exception &) {
+        KtlCatchError(kErrorCode, 1);
+    }
 }
 
 void CRecord::CopyValueArray(CArray<CString, CString> &values) {

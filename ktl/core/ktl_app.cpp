@@ -36,9 +36,8 @@ class Library {
     BOOL m_isStarted;
 };
 
-/// Sets GDAL_DATA to "data" in the application's folder, which the contract names, but only when there is such a
-/// folder: with a missing one GDAL would not look in its own places, and reading some formats would fail. Takes back
-/// what an earlier call set.
+/// Sets GDAL_DATA to "data" in the application's folder, but only when there is such a folder: a missing one would keep
+/// GDAL from its own installed data, in every thread but this one. Takes back what an earlier call set.
 void SetGdalData() {
     static std::string set;
     const CString folder = KtlGetAppPathName() + "\\data";
@@ -48,7 +47,11 @@ void SetGdalData() {
     } else if (!set.empty() && set == CPLGetConfigOption("GDAL_DATA", "")) {
         set.clear();
         CPLSetConfigOption("GDAL_DATA", nullptr);
+    } else {
+        return;
     }
+    // The places that this thread looks in were settled when the drivers were registered.
+    CPLFinderClean();
 }
 
 [[maybe_unused]] const int kStartedOnLoad = ktl::StartLibrary();

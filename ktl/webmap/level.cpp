@@ -4,22 +4,20 @@
 
 namespace {
 
-constexpr double kWorldDegrees = 360.0;
-
-short SnapToLevel(double &size, double worldSide, int minLevel, int maxLevel) {
-    double scale = worldSide;
-    int level = 1;
+/// The level whose tile, `scale` wide at level 1, is no wider than `size`; `size` becomes its width.
+short SnapToLevel(double &size, double scale, short minLevel, short maxLevel) {
+    short level = 1;
     for (int i = 1; i <= maxLevel; ++i) {
-        level = i;
+        level = static_cast<short>(i);
         if (scale / size <= 1.0 && level >= minLevel) break;
         if (level == maxLevel) break;
         scale = scale / 2.0;
     }
     size = scale;
-    return static_cast<short>(level);
+    return level;
 }
 
-/// The first level whose halved scales `width` or `height` pass; 1 without one.
+/// The first level at which the size passes half a tile, tiles being scaleX by scaleY at level 1; 1 when there is none.
 short FirstLevelPassed(double width, double height, double scaleX, double scaleY) {
     for (short level = 1; level <= ktl::MAX_LEVEL; ++level) {
         scaleX = scaleX / 2.0;
@@ -40,7 +38,7 @@ short KtlGetLevel(double &size) {
 }
 
 short KtlGetLevelWGS(double &size) {
-    return SnapToLevel(size, kWorldDegrees, 1, ktl::MAX_LEVEL);
+    return SnapToLevel(size, 360.0, 1, ktl::MAX_LEVEL);
 }
 
 short GetBaseLevel(double x1, double y1, double x2, double y2, int isLB, ENUM_MAP_TYPE type) {
@@ -58,6 +56,6 @@ short GetBaseLevel(double x1, double y1, double x2, double y2, int isLB, ENUM_MA
     return FirstLevelPassed(x2 - x1, y2 - y1, 1.0, 1.0);
 }
 
-short GetBaseLevelWGS(double, double y1, double x2, double y2) {
-    return FirstLevelPassed(x2 - y1, y2 - y1, kWorldDegrees, 180.0);
+short GetBaseLevelWGS(double /*x1*/, double y1, double x2, double y2) {
+    return FirstLevelPassed(x2 - y1, y2 - y1, 360.0, 180.0);
 }

@@ -1,146 +1,138 @@
 #include "ktl/webmap/map_type.h"
 
 #include <algorithm>
-#include <cmath>
-#include <cstdlib>
+#include <atomic>
+#include <cstdint>
 #include <iterator>
-#include <memory>
 
 #include "ktl/core/log.h"
-#include "ktl/core/utility.h"
+#include "ktl/core/paths.h"
+#include "ktl/platform/exception.h"
 #include "ktl/platform/gdiplus/bitmap.h"
+#include "ktl/platform/parse.h"
+#include "ktl/webmap/level.h"
+#include "ktl/webmap/mosaic.h"
 
 namespace {
 
 constexpr int kDegreeMaps[] = {101, 201, 301, 401, 402, 403};
 constexpr int kLabelMaps[] = {4, 46, 49, 57, 302, 303, 401, 402, 403};
+
 constexpr int kFirstUserMap = 601;
-constexpr int kUserMaps = 5;
-constexpr int kUserMapNumbers = 2 * kUserMaps;
-constexpr int kMosaicErrorCode = 100089;
+constexpr int kUserSettings = 5;
+/// The user's maps come in two forms, and the two forms of a map share its setting.
+constexpr int kUserMaps = 2 * kUserSettings;
 
-/// The user's maps come in two forms that share one setting.
-struct UserMap {
-    int isRead = 0;
-    int value = 0;
+template <std::size_t count>
+int IsListed(const int (&list)[count], int type) {
+    return std::find(std::begin(list), std::end(list), type) != std::end(list);
+}
+
+/// One setting of the configuration file, read once a process. Two readers that race both read the file.
+struct UserSetting {
+    std::atomic<int> isRead{0};
+    std::atomic<int> value{0};
 };
-UserMap g_userMaps[kUserMaps];
+UserSetting g_userSettings[kUserSettings];
 
+int UserSettingValue(int index) {
+    UserSetting &setting = g_userSettings[index];
+    if (setting.isRead == 1) return setting.value;
+    CString key;
+    key.Format("mapdef%d_wgs", index + 1);
+    setting.value = ktl::ParseInt(KtlReadINIString(KtlGetConfigFilePath(), "qx", key).View());
+    setting.isRead = 1;
+    return setting.value;
+}
+
+bool FitsInBitmap(int cols, int rows) {
+    // Longer sides have no number of pixels in 32 bits.
+    constexpr int kMostTiles = INT32_MAX / ktl::kTilePixels;
+    if (cols > kMostTiles || rows > kMostTiles) return false;
+    const Gdiplus::Bitmap bitmap(cols * ktl::kTilePixels, rows * ktl::kTilePixels, Gdiplus::PixelFormat32bppARGB);
+    return bitmap.GetLastStatus() == Gdiplus::Ok;
+}
+
+/// A remembered place.
 struct City {
     CString name = "beijing";
     POINTD point{0.3234007700683583, 0.12090790942452377};
 };
 
-City &CityOf(int mode) {
-    static City cities[2];
-    return cities[mode];
-}
-constexpr int kEDS = 0;
-constexpr int kQX3 = 1;
-
-bool BitmapCanBeMade(int cols, int rows) {
-    constexpr int kLimit = 1 << 22;
-    if (cols <= 0 || rows <= 0 || cols >= kLimit || rows >= kLimit) return false;
-    const Gdiplus::Bitmap bitmap(cols << 8, rows << 8, Gdiplus::PixelFormat32bppARGB);
-    return bitmap.GetLastStatus() == Gdiplus::Ok;
+City &CityEDS() {
+    static City city;
+    return city;
 }
 
-/// Makes the piece smaller by a tile, on the way to a square; false when nothing is left.
-bool Creep(int &cols, int &rows) {
-    const int difference = cols - rows;
-    if (difference >= 0) --cols;
-    if (difference <= 0) --rows;
-    return cols > 0 && rows > 0;
-}
-
-void FindPiece(int &cols, int &rows) {
-    if (BitmapCanBeMade(cols, rows)) return;
-    int lastCols = 0;
-    int lastRows = 0;
-    while (!BitmapCanBeMade(cols, rows)) {
-        lastCols = cols;
-        lastRows = rows;
-        (cols > rows ? cols : rows) /= 2;
-        if (cols <= 0 || rows <= 0) return;
-    }
-    const int goodCols = cols;
-    const int goodRows = rows;
-    cols = lastCols;
-    rows = lastRows;
-    do {
-        if (!Creep(cols, rows)) {
-            cols = goodCols;
-            rows = goodRows;
-            return;
-        }
-    } while (!BitmapCanBeMade(cols, rows));
-}
-
-int Pieces(int whole, int part) {
-    return part > 0 ? static_cast<int>(std::ceil(static_cast<double>(whole) / static_cast<double>(part))) : 0;
+City &CityQX3() {
+    static City city;
+    return city;
 }
 
 }  // namespace
 
 int IsWGS(ENUM_MAP_TYPE type) {
-    if (std::find(std::begin(kDegreeMaps), std::end(kDegreeMaps), type) != std::end(kDegreeMaps)) return 1;
-    if (type < kFirstUserMap || type >= kFirstUserMap + kUserMapNumbers) return 0;
-    const int index = (type - kFirstUserMap) % kUserMaps;
-    UserMap &map = g_userMaps[index];
-    if (map.isRead == 1) return map.value;
-    CString key;
-    key.Format("mapdef%d_wgs", index + 1);
-    map.value = std::atoi(KtlReadINIString(KtlGetConfigFilePath(), "qx", key));
-    map.isRead = 1;
-    return map.value;
+    if (IsListed(kDegreeMaps, type)) return 1;
+    if (type < kFirstUserMap || type >= kFirstUserMap + kUserMaps) return 0;
+    return UserSettingValue((type - kFirstUserMap) % kUserSettings);
 }
 
 int IsLabel(ENUM_MAP_TYPE type) {
-    return std::find(std::begin(kLabelMaps), std::end(kLabelMaps), type) != std::end(kLabelMaps) ? 1 : 0;
+    return IsListed(kLabelMaps, type);
 }
 
 void GetUnionMapInfo(int cols, int rows, int &partCols, int &partRows, int &countX, int &countY) {
+    constexpr int kErrorCode = 100089;
     partCols = cols;
     partRows = rows;
     countX = 1;
     countY = 1;
     try {
-        FindPiece(partCols, partRows);
-        countX = Pieces(cols, partCols);
-        countY = Pieces(rows, partRows);
+        const ktl::MosaicCut cut = ktl::CutMosaic(cols, rows, FitsInBitmap);
+        partCols = cut.partCols;
+        partRows = cut.partRows;
+        countX = cut.countX;
+        countY = cut.countY;
     } catch (const std::exception &) {
-        KtlCatchError(kMosaicErrorCode, 1);
+        KtlCatchError(kErrorCode, 1);
     }
 }
 
 ENUM_BLOCK_STATE GetBlockStateByOffset(__int64 offset, int length) {
     constexpr __int64 kFirstPlace = 100;
-    if (length != 0 && (offset < 0 || offset >= kFirstPlace)) return ENUM_BLOCK_STATE(2);
-    if (offset == 0) return ENUM_BLOCK_STATE(1);
-    return ENUM_BLOCK_STATE(static_cast<int>(static_cast<std::uint32_t>(offset)));
+    if (length != 0 && (offset < 0 || offset >= kFirstPlace)) return BLOCK_STATE_STORED;
+    if (offset == 0) return BLOCK_STATE_NONE;
+    return static_cast<ENUM_BLOCK_STATE>(static_cast<std::int32_t>(offset & 0xFFFFFFFF));
 }
 
 CString GetCityNameEDS() {
-    return CityOf(kEDS).name;
+    return CityEDS().name;
 }
+
 void SetCityNameEDS(CString name) {
-    CityOf(kEDS).name = name;
+    CityEDS().name = name;
 }
+
 POINTD GetCityPointEDS() {
-    return CityOf(kEDS).point;
+    return CityEDS().point;
 }
+
 void SetCityPointEDS(POINTD point) {
-    CityOf(kEDS).point = point;
+    CityEDS().point = point;
 }
+
 CString GetCityNameQX3() {
-    return CityOf(kQX3).name;
+    return CityQX3().name;
 }
+
 void SetCityNameQX3(CString name) {
-    CityOf(kQX3).name = name;
+    CityQX3().name = name;
 }
+
 POINTD GetCityPointQX3() {
-    return CityOf(kQX3).point;
+    return CityQX3().point;
 }
+
 void SetCityPointQX3(POINTD point) {
-    CityOf(kQX3).point = point;
+    CityQX3().point = point;
 }

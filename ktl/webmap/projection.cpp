@@ -4,24 +4,24 @@
 
 namespace {
 
-inline double NormalisedX(double l) {
-    return l / 360.0;
-}
-
-inline double NormalisedY(double b) {
-    const double s = std::sin(b * ktl::PI / 180.0);
-    return std::log((1 + s) / (1 - s)) * 0.5 * ktl::INV_TWO_PI;
-}
-
-inline double Longitude(double x) {
+double Longitude(double x) {
     return x * 360.0;
 }
 
-inline double Latitude(double y) {
+double Latitude(double y) {
     double t = y / ktl::INV_TWO_PI;
     t = t / 0.5;
     const double e = std::exp(t);
     return std::asin((e - 1) / (1 + e)) / ktl::RAD_PER_DEGREE;
+}
+
+double NormalisedX(double l) {
+    return l / 360.0;
+}
+
+double NormalisedY(double b) {
+    const double sine = std::sin(b * ktl::PI / 180.0);
+    return std::log((1 + sine) / (1 - sine)) * 0.5 * ktl::INV_TWO_PI;
 }
 
 double MetresX(double l) {
@@ -37,9 +37,9 @@ double MetresY(double b) {
 }  // namespace
 
 void KtlGetXY(const double &l, const double &b, double &x, double &y) {
-    const double latitude = b;
+    const double normalisedY = NormalisedY(b);
     x = NormalisedX(l);
-    y = NormalisedY(latitude);
+    y = normalisedY;
 }
 
 double KtlGetX(const double &l) {
@@ -51,9 +51,9 @@ double KtlGetY(const double &b) {
 }
 
 void KtlGetLB(const double &x, const double &y, double &l, double &b) {
-    const double upward = y;
+    const double latitude = Latitude(y);
     l = Longitude(x);
-    b = Latitude(upward);
+    b = latitude;
 }
 
 double KtlGetL(const double &x) {
@@ -65,9 +65,8 @@ double KtlGetB(const double &y) {
 }
 
 void KtlGetProjectXY(double &a, double &b, double &px, double &py, int isLB) {
-    double l = a;
-    double latitude = b;
-    if (isLB == 0) KtlGetLB(l, latitude, l, latitude);
+    const double l = isLB == 0 ? Longitude(a) : a;
+    const double latitude = isLB == 0 ? Latitude(b) : b;
     px = MetresX(l);
     py = MetresY(latitude);
 }

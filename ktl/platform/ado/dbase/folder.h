@@ -1,0 +1,38 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "ktl/platform/ado/dbase/table.h"
+#include "ktl/platform/ado/sql/table.h"
+#include "ktl/platform/export.h"
+
+namespace ktl::ado::dbase {
+
+/// A folder of .dbf files as a store. Tables stay open between statements.
+class KTL_API Folder final : public sql::Store {
+  public:
+    /// Throws Error when there is no such folder. `path` is a GBK path; of a file's path its folder is taken.
+    explicit Folder(const CString &path);
+
+    std::shared_ptr<sql::Table> OpenTable(const CString &name, sql::Access access) override;
+    std::vector<TableEntry> ListTables() override;
+    void Close() override { m_tables.clear(); }
+    void CreateTable(const CString &name, const std::vector<sql::ColumnDefinition> &columns) override;
+    void DropTable(const CString &name) override;
+    void AlterTable(const sql::AlterTableStatement &change) override;
+    void UseTable(const CString &name, bool exclusive) override;
+    void CloseTable(const CString &name) override;
+
+  private:
+    std::shared_ptr<Table> Open(const CString &name, sql::Access access);
+    std::string PathOf(const CString &name) const;
+
+    std::string m_folder;
+    /// By name in lower case.
+    std::map<std::string, std::shared_ptr<Table>, std::less<>> m_tables;
+};
+
+}  // namespace ktl::ado::dbase

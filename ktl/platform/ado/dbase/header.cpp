@@ -1,0 +1,307 @@
+#include "ktl/platform/ado/dbase/header.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "ktl/platform/ado/dbase/code_page.h"
+#include "ktl/platform/ado/error.h"
+#include "ktl/platform/ado/names.h"
+#include "ktl/platform/date_time.h"
+
+namespace ktl::ado::dbase {
+
+namespace {
+
+constexpr std::uint8_t kKnownVersions[] = {0x03, 0x83, 0x8B, 0xCB, 0x30, 0x31, 0x32, 0xF5, 0xFB};
+constexpr int kUnlimited = std::numeric_limits<int>::max();
+
+struct TypeFacts {
+    sql::ColumnType type;
+    char letter;
+    /// 0: what the definition says.
+    std::uint32_t width;
+    bool binary;
+};
+
+constexpr TypeFacts kTypeFacts[] = {
+    {sql::ColumnType::Integer, 'I', 4, true},  {sql::ColumnType::BigInteger, 'N', 20, false},
+    {sql::ColumnType::Char, 'C', 0, false},    {sql::ColumnType::Numeric, 'N', 0, false},
+    {sql::ColumnType::Float, 'F', 0, false},   {sql::ColumnType::Double, 'B', 8, true},
+    {sql::ColumnType::Currency, 'Y', 8, true}, {sql::ColumnType::Date, 'D', 8, false},
+    {sql::ColumnType::DateTime, 'T', 8, true}, {sql::ColumnType::Logical, 'L', 1, false},
+    {sql::ColumnType::Memo, 'M', 4, false},    {sql::ColumnType::General, 'G', 4, true},
+    {sql::ColumnType::Blob, 'W', 4, true},
+};
+
+[[noreturn]] void ThrowNotATable(const char *why) {
+    throw Error(CString("Not a table: ") + why + ".", error_number::kNotATable);
+}
+
+[[noreturn]] void ThrowDefinition(const sql::ColumnDefinition &definition, const char *why, int number) {
+    CString text;
+    text.Format("Column \"%s\" at byte %d: %s.", definition.name.GetString(), static_cast<int>(definition.position) + 1,
+                why);
+    throw Error(text, number);
+}
+
+Field ParseEntry(const char *entry, const CodePage &codePage) {
+    Field field;
+    const std::string_view raw(entry, kNameSize);
+    std::string_view name = raw.substr(0, std::min(raw.find('\0'), kNameSize));
+    while (!name.empty() && name.back() == ' ') name.remove_suffix(1);
+    field.name = codePage.ToGbk(name);
+    field.type = entry[kTypeAt];
+    field.width = static_cast<unsigned char>(entry[kWidthAt]);
+    field.decimals = static_cast<std::uint8_t>(entry[kDecimalsAt]);
+    field.flags = static_cast<std::uint8_t>(entry[kFlagsAt]);
+    field.nextValue = LoadLittle32(entry + kNextValueAt);
+    field.step = static_cast<std::uint8_t>(entry[kStepAt]);
+    return field;
+}
+
+std::uint32_t SumOfWidths(const Header &header) {
+    std::uint32_t sum = 1;
+    for (const Field &field : header.fields) sum += field.width;
+    return sum;
+}
+
+/// Some writers keep the high byte of a long text column's width in the place of the decimals: believed when only
+/// then the widths add up.
+void WidenLongTexts(Header &header) {
+    if (SumOfWidths(header) == header.recordLength) return;
+    const std::vector<Field> plain = header.fields;
+    for (Field &field : header.fields) {
+        if (field.type != 'C') continue;
+        field.width += static_cast<std::uint32_t>(field.decimals) << 8;
+        field.decimals = 0;
+    }
+    if (SumOfWidths(header) != header.recordLength) header.fields = plain;
+}
+
+void PlaceFields(Header &header) {
+    std::uint32_t offset = 1;
+    int bit = 0;
+    header.nullField = -1;
+    for (std::size_t i = 0; i < header.fields.size(); ++i) {
+        Field &field = header.fields[i];
+        field.offset = offset;
+        offset += field.width;
+        field.lengthBit = field.type == 'V' || field.type == 'Q' ? bit++ : -1;
+        field.nullBit = (field.flags & kColumnNullable) != 0 ? bit++ : -1;
+        if (field.type == '0') header.nullField = static_cast<int>(i);
+    }
+    const int bits = header.nullField < 0
+                         ? 0
+                         : static_cast<int>(header.fields[static_cast<std::size_t>(header.nullField)].width) * 8;
+    for (Field &field : header.fields) {
+        if (field.nullBit >= bits) field.nullBit = -1;
+        if (field.lengthBit >= bits) field.lengthBit = -1;
+    }
+}
+
+}  // namespace
+
+Column Field::Describe() const {
+    Column column;
+    column.name = name;
+    column.definedSize = static_cast<int>(width);
+    column.nullable = true;
+    const auto fixed = [&](DataType kind, int size) {
+        column.type = kind;
+        column.definedSize = size;
+    };
+    switch (type) {
+        case 'C':
+            fixed((flags & kColumnBinary) != 0 ? DataType::Binary : DataType::Char, static_cast<int>(width));
+            break;
+        case 'V':
+            fixed(DataType::VarChar, static_cast<int>(width));
+            break;
+        case 'N':
+        case 'F':
+            fixed(DataType::Numeric, 19);
+            column.precision = static_cast<int>(width);
+            column.scale = decimals;
+            break;
+        case 'I':
+        case '+':
+            fixed(DataType::Integer, 4);
+            break;
+        case 'B':
+            if (IsMemo()) {
+                fixed(DataType::LongVarBinary, kUnlimited);
+            } else {
+                fixed(DataType::Double, 8);
+            }
+            break;
+        case 'Y':
+            fixed(DataType::Currency, 8);
+            break;
+        case 'L':
+            fixed(DataType::Boolean, 2);
+            break;
+        case 'D':
+            fixed(DataType::DBDate, 6);
+            break;
+        case 'T':
+            fixed(DataType::DBTimeStamp, 16);
+            break;
+        case 'M':
+            fixed(IsTextMemo() ? DataType::LongVarChar : DataType::LongVarBinary, kUnlimited);
+            break;
+        case 'G':
+        case 'P':
+        case 'W':
+            fixed(DataType::LongVarBinary, kUnlimited);
+            break;
+        case 'Q':
+            fixed(DataType::VarBinary, static_cast<int>(width));
+            break;
+        default:
+            fixed(DataType::Binary, static_cast<int>(width));
+            break;
+    }
+    return column;
+}
+
+bool Header::HasMemo() const {
+    return std::any_of(fields.begin(), fields.end(), [](const Field &field) { return field.IsMemo(); });
+}
+
+int Header::FindField(std::string_view name) const {
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        if (!fields[i].IsHidden() && EqualNames(fields[i].name.View(), name)) return static_cast<int>(i);
+    }
+    return -1;
+}
+
+void Header::Arrange() {
+    PlaceFields(*this);
+    if (SumOfWidths(*this) > kMaxRecordLength) throw Error("The record is too long.", error_number::kRecordTooLong);
+    recordLength = SumOfWidths(*this);
+    headerLength = static_cast<std::uint32_t>(kHeaderStart + fields.size() * kEntrySize + 1 + kBacklinkSize);
+    backlink.resize(kBacklinkSize, '\0');
+    version = kVersionFoxPro;
+    for (const Field &field : fields) {
+        if ((field.flags & kColumnAutoIncrement) != 0) version = std::max(version, kVersionAutoIncrement);
+        if (field.type == 'V' || field.type == 'Q' || field.type == 'W') version = kVersionVarchar;
+    }
+    tableFlags = HasMemo() ? kTableHasMemo : 0;
+}
+
+Header ParseHeader(std::string_view bytes, const CodePage &codePage) {
+    if (bytes.size() < kHeaderStart + 1) ThrowNotATable("the file is too short");
+    Header header;
+    header.version = static_cast<std::uint8_t>(bytes[kVersionAt]);
+    if (std::find(std::begin(kKnownVersions), std::end(kKnownVersions), header.version) == std::end(kKnownVersions)) {
+        ThrowNotATable("its first byte is none of a table's");
+    }
+    header.recordCount = LoadLittle32(bytes.data() + kCountAt);
+    header.headerLength = LoadLittle16(bytes.data() + kHeaderLengthAt);
+    header.recordLength = LoadLittle16(bytes.data() + kRecordLengthAt);
+    header.tableFlags = static_cast<std::uint8_t>(bytes[kTableFlagsAt]);
+    header.codePageMark = static_cast<std::uint8_t>(bytes[kCodePageAt]);
+    if (header.headerLength < kHeaderStart + 1) ThrowNotATable("its header is too short");
+    if (header.headerLength > bytes.size()) ThrowNotATable("the file ends within its header");
+
+    const std::size_t tail =
+        header.IsFoxProFamily() && header.headerLength >= kHeaderStart + kBacklinkSize + 1 ? kBacklinkSize : 0;
+    const std::size_t entries = (header.headerLength - kHeaderStart - tail) / kEntrySize;
+    for (std::size_t i = 0; i < entries; ++i) {
+        const char *entry = bytes.data() + kHeaderStart + i * kEntrySize;
+        // The header's length is what counts; the end mark only tells where the entries stop before it.
+        if (static_cast<std::uint8_t>(entry[0]) == kHeaderEnd || entry[0] == '\0') break;
+        header.fields.push_back(ParseEntry(entry, codePage));
+    }
+    if (header.fields.empty()) ThrowNotATable("it has no columns");
+    const std::size_t behind = kHeaderStart + header.fields.size() * kEntrySize + 1;
+    if (tail != 0 && behind + tail <= header.headerLength) header.backlink = bytes.substr(behind, tail);
+    WidenLongTexts(header);
+    PlaceFields(header);
+    if (SumOfWidths(header) > header.recordLength) ThrowNotATable("its columns are wider than its records");
+    return header;
+}
+
+std::string BuildHeader(const Header &header, const CodePage &codePage) {
+    std::string bytes(header.headerLength, '\0');
+    bytes[kVersionAt] = static_cast<char>(header.version);
+    bytes.replace(kDateAt, 3, TodayBytes());
+    StoreLittle32(&bytes[kCountAt], header.recordCount);
+    StoreLittle16(&bytes[kHeaderLengthAt], header.headerLength);
+    StoreLittle16(&bytes[kRecordLengthAt], header.recordLength);
+    bytes[kTableFlagsAt] = static_cast<char>(header.tableFlags);
+    bytes[kCodePageAt] = static_cast<char>(header.codePageMark);
+    for (std::size_t i = 0; i < header.fields.size(); ++i) {
+        const Field &field = header.fields[i];
+        char *entry = &bytes[kHeaderStart + i * kEntrySize];
+        const std::string name = codePage.FromGbk(field.name.View(), kNameSize - 1);
+        name.copy(entry, name.size());
+        entry[kTypeAt] = field.type;
+        StoreLittle32(entry + kOffsetAt, field.offset);
+        // A text wider than a byte tells keeps its high byte where the decimals stand.
+        entry[kWidthAt] = static_cast<char>(field.width);
+        entry[kDecimalsAt] = static_cast<char>(field.width > 255 ? field.width >> 8 : field.decimals);
+        entry[kFlagsAt] = static_cast<char>(field.flags);
+        StoreLittle32(entry + kNextValueAt, field.nextValue);
+        entry[kStepAt] = static_cast<char>(field.step);
+    }
+    const std::size_t end = kHeaderStart + header.fields.size() * kEntrySize;
+    bytes[end] = static_cast<char>(kHeaderEnd);
+    bytes.replace(end + 1, header.backlink.size(), header.backlink);
+    bytes.resize(header.headerLength);
+    return bytes;
+}
+
+Field MakeField(const sql::ColumnDefinition &definition) {
+    const auto *facts = std::find_if(std::begin(kTypeFacts), std::end(kTypeFacts),
+                                     [&](const TypeFacts &row) { return row.type == definition.type; });
+    const std::string_view name = definition.name.View();
+    if (name.size() >= kNameSize) {
+        ThrowDefinition(definition, "a column's name has at most 10 bytes", error_number::kColumnName);
+    }
+    if (std::any_of(name.begin(), name.end(), [](char c) { return static_cast<unsigned char>(c) < ' '; }) ||
+        name.find_first_not_of(' ') == std::string_view::npos) {
+        ThrowDefinition(definition, "the name of a column cannot be like this", error_number::kColumnName);
+    }
+    Field field;
+    field.name = definition.name;
+    field.type = facts->letter;
+    field.flags = facts->binary ? kColumnBinary : 0;
+    field.width = facts->width;
+    field.decimals = static_cast<std::uint8_t>(std::clamp(definition.decimals, 0, 255));
+    if (facts->width != 0) {
+        if (field.type != 'B') field.decimals = 0;
+        return field;
+    }
+    const bool text = field.type == 'C';
+    const int most = text ? kMaxCharWidth : kMaxNumberWidth;
+    if (definition.width < 1 || definition.width > most) {
+        ThrowDefinition(definition, text ? "a text is 1 to 254 bytes wide" : "a number is 1 to 20 digits wide",
+                        error_number::kSyntax);
+    }
+    if (!text && definition.decimals > 0 && definition.decimals > definition.width - 2) {
+        ThrowDefinition(definition, "the decimals leave no room for the number", error_number::kSyntax);
+    }
+    if (text) field.decimals = 0;
+    field.width = static_cast<std::uint32_t>(definition.width);
+    return field;
+}
+
+std::string TodayBytes() {
+    // The calendar is only asked once a day, or when the clock goes back.
+    thread_local LONGLONG validFrom = 0;
+    thread_local LONGLONG validTo = 0;
+    thread_local std::string bytes(3, '\0');
+    const LONGLONG now = Now();
+    if (now < validFrom || now >= validTo) {
+        const CTime time(now);
+        bytes[0] = static_cast<char>(time.GetYear() % 100);
+        bytes[1] = static_cast<char>(time.GetMonth());
+        bytes[2] = static_cast<char>(time.GetDay());
+        validFrom = now;
+        validTo = now + (60 - time.GetSecond());
+    }
+    return bytes;
+}
+
+}  // namespace ktl::ado::dbase

@@ -1,0 +1,278 @@
+#include "ktl/platform/ado/dbase/schema_change.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "ktl/platform/ado/dbase/beside.h"
+#include "ktl/platform/ado/dbase/cell.h"
+#include "ktl/platform/ado/error.h"
+#include "ktl/platform/ado/names.h"
+#include "ktl/platform/ado/sql/arithmetic.h"
+
+namespace ktl::ado::dbase {
+
+namespace {
+
+using Change = sql::AlterTableStatement::Change;
+
+constexpr std::size_t kWriteBytes = 256 * 1024;
+
+/// A file that is written under another name and takes its place at the end; without that it is removed.
+class NewFile {
+  public:
+    explicit NewFile(std::string target) : m_target(std::move(target)), m_path(TemporaryNameFor(m_target)) {}
+    NewFile(const NewFile &) = delete;
+    NewFile &operator=(const NewFile &) = delete;
+    ~NewFile() {
+        if (!m_placed) FileSystem::Current().Remove(m_path);
+    }
+    const std::string &GetPath() const { return m_path; }
+    void Place() {
+        if (const int error = FileSystem::Current().Rename(m_path, m_target)) {
+            ThrowFileError("replaced", m_target, error);
+        }
+        m_placed = true;
+    }
+
+  private:
+    std::string m_target;
+    std::string m_path;
+    bool m_placed = false;
+};
+
+/// A field of the new table and where its values come from.
+struct NewField {
+    Field field;
+    /// The old table's field and column, or -1 for a new one.
+    int oldField = -1;
+    int oldColumn = -1;
+    /// The bytes can be taken over as they are.
+    bool same = false;
+};
+
+int ColumnOfField(const Header &header, int field) {
+    return static_cast<int>(std::count_if(header.fields.begin(), header.fields.begin() + field,
+                                          [](const Field &other) { return !other.IsHidden(); }));
+}
+
+int RequireField(const Header &header, const CString &name) {
+    const int field = header.FindField(name.View());
+    if (field < 0) throw Error("Column \"" + name + "\" is not found.", error_number::kColumnNotFound);
+    return field;
+}
+
+void RequireFree(const Header &header, const CString &name) {
+    if (header.FindField(name.View()) >= 0) {
+        throw Error("There is a column \"" + name + "\" already.", error_number::kColumnName);
+    }
+}
+
+/// The fields as the new file holds them: memo pointers are four bytes wide.
+std::vector<NewField> TakeOver(const Header &header) {
+    std::vector<NewField> fields;
+    for (std::size_t i = 0; i < header.fields.size(); ++i) {
+        NewField taken{header.fields[i], static_cast<int>(i), -1, true};
+        if (!taken.field.IsHidden()) taken.oldColumn = ColumnOfField(header, static_cast<int>(i));
+        if (taken.field.IsMemo() && taken.field.width != 4) {
+            if (taken.field.type == 'B') taken.field.type = 'G';
+            taken.field.width = 4;
+            taken.same = false;
+        }
+        fields.push_back(taken);
+    }
+    return fields;
+}
+
+std::vector<NewField> ApplyChange(const Header &header, const sql::AlterTableStatement &change) {
+    std::vector<NewField> fields = TakeOver(header);
+    const auto place = [&](const CString &name) { return fields.begin() + RequireField(header, name); };
+    switch (change.change) {
+        case Change::Add: {
+            RequireFree(header, change.definition.name);
+            if (fields.size() >= kMaxColumns) throw Error("A table has at most 255 columns.", error_number::kSyntax);
+            const auto end = std::find_if(fields.begin(), fields.end(),
+                                          [](const NewField &field) { return field.field.type == '0'; });
+            fields.insert(end, {MakeField(change.definition), -1, -1, false});
+            break;
+        }
+        case Change::Drop:
+            fields.erase(place(change.column.text));
+            if (std::all_of(fields.begin(), fields.end(), [](const NewField &f) { return f.field.IsHidden(); })) {
+                throw Error("The last column cannot be dropped.", error_number::kSyntax);
+            }
+            break;
+        case Change::Alter: {
+            const auto at = place(change.definition.name);
+            const Field made = MakeField(change.definition);
+            const Field &old = at->field;
+            at->same = at->same && old.type == made.type && old.width == made.width && old.decimals == made.decimals;
+            const std::uint8_t kept = old.flags & kColumnNullable;
+            const CString name = old.name;
+            at->field = made;
+            at->field.name = name;
+            at->field.flags |= kept;
+            break;
+        }
+        case Change::Rename: {
+            const auto at = place(change.column.text);
+            sql::ColumnDefinition checked;
+            checked.name = change.newName.text;
+            checked.position = change.newName.position;
+            checked.width = 1;
+            MakeField(checked);
+            if (!EqualNames(change.newName.text.View(), change.column.text.View())) {
+                RequireFree(header, change.newName.text);
+            }
+            at->field.name = change.newName.text;
+            break;
+        }
+    }
+    return fields;
+}
+
+/// Writes the new table's rows from the old one's.
+class Copier : private MemoSource {
+  public:
+    Copier(Table &table, const sql::AlterTableStatement &change)
+        : m_table(table),
+          m_fields(ApplyChange(table.GetHeader(), change)),
+          m_tableFile(table.GetPath()),
+          m_codec(m_header, table.GetCodePage(), *this) {
+        const Header &old = table.GetHeader();
+        m_header.codePageMark = table.GetCodePage().IsGbk() ? kCodePageGbk : old.codePageMark;
+        m_header.backlink = old.backlink;
+        m_header.recordCount = table.GetRowCount();
+        for (const NewField &field : m_fields) m_header.fields.push_back(field.field);
+        m_header.Arrange();
+    }
+
+    void Run() {
+        ChooseMemo();
+        WriteRows();
+        if (m_newMemoFile) {
+            m_newMemo.reset();
+            m_newMemoFile->Place();
+        }
+        m_tableFile.Place();
+        RemoveOldMemo();
+    }
+
+  private:
+    /// An .fpt stays and is added to; a .dbt is copied into a new .fpt, which has pointers of its own.
+    void ChooseMemo() {
+        if (!m_header.HasMemo()) return;
+        m_keepsMemo = m_table.FindMemo() && m_table.FindMemo()->GetKind() == MemoKind::Fpt;
+        if (m_keepsMemo) return;
+        m_newMemoFile.emplace(WithExtension(m_table.GetPath(), ".fpt"));
+        MemoFile::Create(m_newMemoFile->GetPath());
+        m_newMemo = std::make_unique<MemoFile>(m_newMemoFile->GetPath(), MemoKind::Fpt);
+    }
+
+    MemoFile *FindMemo() override { return m_keepsMemo ? m_table.FindMemo() : m_newMemo.get(); }
+
+    void WriteRows() {
+        DataFile file;
+        file.Create(m_tableFile.GetPath());
+        std::string buffer = BuildHeader(m_header, m_table.GetCodePage());
+        std::uint64_t written = 0;
+        std::string blank(m_header.recordLength, kLiveMark);
+        for (const Field &field : m_header.fields) BlankCell(field, blank.data());
+        for (m_table.Rewind(); m_table.NextOfAll();) {
+            const std::size_t start = buffer.size();
+            buffer += blank;
+            ConvertRecord(buffer.data() + start);
+            if (buffer.size() < kWriteBytes) continue;
+            file.Write(written, buffer);
+            written += buffer.size();
+            buffer.clear();
+        }
+        if (MemoFile *memo = FindMemo()) memo->FlushHeader();
+        buffer += kEndMark;
+        file.Write(written, buffer);
+        file.Flush();
+        FileInfo info;
+        if (FileSystem::Current().Stat(m_table.GetPath(), info) == 0) {
+            FileSystem::Current().SetMode(m_tableFile.GetPath(), info.mode);
+        }
+    }
+
+    void ConvertRecord(char *record) {
+        const char *old = m_table.GetRecord();
+        const Header &oldHeader = m_table.GetHeader();
+        record[0] = old[0];
+        for (std::size_t i = 0; i < m_fields.size(); ++i) {
+            const NewField &source = m_fields[i];
+            const Field &field = m_header.fields[i];
+            if (source.oldField < 0 || field.type == '0') continue;
+            const Field &oldField = oldHeader.fields[static_cast<std::size_t>(source.oldField)];
+            if (IsMarkedNull(oldHeader, oldField, old)) {
+                MarkNull(m_header, field, true, record);
+            } else if (field.IsMemo() && oldField.IsMemo() && m_keepsMemo) {
+                SetMemoPointer(field, MemoPointer(oldField, old), record);
+            } else if (source.same && !field.IsMemo() && oldField.lengthBit < 0) {
+                std::memcpy(record + field.offset, old + oldField.offset, field.width);
+            } else if (source.oldColumn >= 0) {
+                m_table.ReadCell(source.oldColumn, m_value);
+                sql::ConvertTo(sql::ClassOf(field.Describe().type), m_value);
+                m_codec.Write(field, m_value, true, record);
+            }
+        }
+    }
+
+    void RemoveOldMemo() {
+        if (m_header.HasMemo() && m_keepsMemo) return;
+        for (const char *extension : {".dbt", ".fpt"}) {
+            const std::string path = FindBeside(m_table.GetPath(), extension);
+            const bool isNew = m_newMemoFile && extension == std::string_view(".fpt");
+            if (!path.empty() && !isNew && m_table.GetHeader().HasMemo()) FileSystem::Current().Remove(path);
+        }
+    }
+
+    Table &m_table;
+    std::vector<NewField> m_fields;
+    Header m_header;
+    NewFile m_tableFile;
+    std::optional<NewFile> m_newMemoFile;
+    std::unique_ptr<MemoFile> m_newMemo;
+    bool m_keepsMemo = false;
+    RecordCodec m_codec;
+    Value m_value;
+};
+
+}  // namespace
+
+void ChangeTable(Table &table, const sql::AlterTableStatement &change) {
+    Copier(table, change).Run();
+}
+
+void MakeTable(const std::string &systemPath, const std::vector<sql::ColumnDefinition> &columns) {
+    Header header;
+    for (const sql::ColumnDefinition &definition : columns) header.fields.push_back(MakeField(definition));
+    header.Arrange();
+
+    const std::string oldMemo = FindBeside(systemPath, ".fpt");
+    NewFile tableFile(systemPath);
+    std::optional<NewFile> memoFile;
+    if (header.HasMemo()) {
+        memoFile.emplace(oldMemo.empty() ? WithExtension(systemPath, ".fpt") : oldMemo);
+        MemoFile::Create(memoFile->GetPath());
+    }
+    {
+        DataFile file;
+        file.Create(tableFile.GetPath());
+        file.Write(0, BuildHeader(header, CodePage()) + kEndMark);
+        file.Flush();
+    }
+    // Whatever happens between the two steps, a table that opens lies there: an empty one does with any memo file,
+    // and a table that had no memo file is not hurt by one.
+    if (memoFile && oldMemo.empty()) memoFile->Place();
+    tableFile.Place();
+    if (memoFile && !oldMemo.empty()) memoFile->Place();
+    if (!memoFile && !oldMemo.empty()) FileSystem::Current().Remove(oldMemo);
+    for (const char *extension : {".cpg", ".dbt"}) {
+        const std::string stale = FindBeside(systemPath, extension);
+        if (!stale.empty()) FileSystem::Current().Remove(stale);
+    }
+}
+
+}  // namespace ktl::ado::dbase

@@ -38,7 +38,7 @@ class KTL_API CTree {
     /// A new node without children. The caller owns it until it is stored in a node of a tree, and deletes it with
     /// `DestroyTree`.
     CTreeNode *CreateTreeNode(CExtent extent);
-    /// Gives `node` four new children with the rectangles of `SplitExtent`.
+    /// Gives `node` four new children with the rectangles of `SplitExtent`; children that it had are not deleted.
     void CreateSubTreeNode(CTreeNode *node);
 
     /// Stores `shapeID` at the deepest node that takes `extent`, starting at the root; without a root nothing happens.

@@ -215,12 +215,14 @@ TEST(TreeInsertion, LastLevelGetsChildrenTooAndTrimmingTakesThem) {
     EXPECT_EQ(leaf->GetSubNodeCount(), 4);
     EXPECT_EQ(nodes.root->GetSubNodeAt(0)->GetSubNodeCount(), 0);
 
+    nodes.Add(CExtent(1, 98, 2, 99), 6);
     EXPECT_EQ(nodes.tree.TrimNullTreeNode(nodes.root), 0);
-    ASSERT_EQ(nodes.root->GetSubNodeCount(), 1);
-    EXPECT_EQ(nodes.root->GetSubNodeAt(0), leaf);
+    ASSERT_EQ(nodes.root->GetSubNodeCount(), 2);
+    EXPECT_EQ(nodes.root->GetSubNodeAt(1), leaf);
     EXPECT_EQ(leaf->GetSubNodeCount(), 0);
 
     leaf->RemoveShapeIDAt(0);
+    nodes.root->GetSubNodeAt(0)->RemoveShapeIDAt(0);
     EXPECT_EQ(nodes.tree.TrimNullTreeNode(nodes.root), 1);
     EXPECT_EQ(nodes.root->GetSubNodeCount(), 0);
     EXPECT_THROW(nodes.root->GetSubNodeAt(0), CInvalidArgException);

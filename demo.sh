@@ -38,7 +38,7 @@ region=(100000 1000000 5000000)
 map world.png "${world[@]}" --extent -180,-58,180,84 --size 2048x1400
 map world-degrees.tif "${world[@]}" --degrees --extent -180,-90,180,90 --size 2048x1024
 map east-asia.png "${region[@]}" --extent 84,13,152,53 --size 1600x1200
-map east-asia.jpg "${region[@]}" --extent 84,13,152,53 --size 1600x1200
+map east-asia-degrees.jpg "${region[@]}" --degrees --extent 84,8,152,56 --size 1600x1120
 
 rm -rf build/demo/home
 echo "The maps lie in $PWD/build/demo"

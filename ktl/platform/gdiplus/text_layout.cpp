@@ -22,6 +22,7 @@ struct ScaledFontDeleter {
     void operator()(cairo_scaled_font_t *font) const { cairo_scaled_font_destroy(font); }
 };
 using ScaledFontPtr = std::unique_ptr<cairo_scaled_font_t, ScaledFontDeleter>;
+using FontMapPtr = std::unique_ptr<PangoFontMap, ObjectDeleter>;
 using ContextPtr = std::unique_ptr<PangoContext, ObjectDeleter>;
 using LayoutPtr = std::unique_ptr<PangoLayout, ObjectDeleter>;
 
@@ -118,8 +119,8 @@ class ShapeCache {
     std::list<const ShapeKey *> m_order;
 };
 
-ContextPtr MakeContext(bool isAntialiased) {
-    ContextPtr context(pango_font_map_create_context(pango_cairo_font_map_get_default()));
+ContextPtr MakeContext(PangoFontMap *fonts, bool isAntialiased) {
+    ContextPtr context(pango_font_map_create_context(fonts));
     cairo_font_options_t *options = cairo_font_options_create();
     cairo_font_options_set_antialias(options, isAntialiased ? CAIRO_ANTIALIAS_GRAY : CAIRO_ANTIALIAS_NONE);
     cairo_font_options_set_hint_style(options, CAIRO_HINT_STYLE_SLIGHT);
@@ -132,10 +133,12 @@ ContextPtr MakeContext(bool isAntialiased) {
     return context;
 }
 
-/// Pango's objects belong to one thread.
+/// Pango's objects belong to one thread, and go with it. The font map is no one else's: the default one would be left
+/// over at the end of the program.
 struct ThreadTools {
-    ContextPtr gray = MakeContext(true);
-    ContextPtr plain = MakeContext(false);
+    FontMapPtr fonts{pango_cairo_font_map_new()};
+    ContextPtr gray = MakeContext(fonts.get(), true);
+    ContextPtr plain = MakeContext(fonts.get(), false);
     ShapeCache cache;
 };
 

@@ -15,8 +15,7 @@ Gdiplus::RectF LabelMeasure::BoxOf(const CString &text) {
     return box;
 }
 
-STRUCT_LABEL_INFO LabelMeasure::Centered(int shapeID, const CPoint &anchor, const CString &text) {
-    Gdiplus::RectF box = BoxOf(text);
+STRUCT_LABEL_INFO CenteredLabel(int shapeID, const CPoint &anchor, Gdiplus::RectF box, const CString &text) {
     box.X = static_cast<float>(anchor.x);
     box.Y = static_cast<float>(anchor.y);
     box.Offset(-box.Width / 2.0F, -box.Height / 2.0F);

@@ -17,12 +17,13 @@ class LabelMeasure {
 
     /// The box of the text as it is measured at (0, 0).
     Gdiplus::RectF BoxOf(const CString &text);
-    /// A record whose box has its middle on the anchor.
-    STRUCT_LABEL_INFO Centered(int shapeID, const CPoint &anchor, const CString &text);
 
   private:
     Gdiplus::Graphics *m_graphics;
     CXString m_text;
 };
+
+/// A record whose box has its middle on the anchor; only the size of `box` counts.
+STRUCT_LABEL_INFO CenteredLabel(int shapeID, const CPoint &anchor, Gdiplus::RectF box, const CString &text);
 
 }  // namespace ktl

@@ -2,7 +2,6 @@
 
 #include <cmath>
 
-#include "ktl/controls/xstring.h"
 #include "ktl/core/segment.h"
 #include "ktl/core/transform.h"
 #include "ktl/platform/archive.h"
@@ -73,7 +72,7 @@ void CShape::GetLabelInfo(CString text, CLegend_Text *textLegend, CLegend * /*le
                           int /*flag*/) {
     const CPointD center = Extent.CenterPoint();
     const CPoint anchor = ktl::PixelMap(ratio, extent, offsetX, offsetY).At(center.x, center.y);
-    labels.Add(ktl::LabelMeasure(textLegend, graphics).Centered(ShapeID, anchor, text));
+    labels.Add(ktl::CenteredLabel(ShapeID, anchor, ktl::LabelMeasure(textLegend, graphics).BoxOf(text), text));
 }
 
 void CShape::Copy(CShape *source) {

@@ -1,6 +1,7 @@
 #include "ktl/shapes/shape_polygon.h"
 
 #include <cpl_conv.h>
+#include <cpl_error.h>
 #include <ogr_geometry.h>
 
 #include <algorithm>
@@ -126,7 +127,9 @@ OGRGeometry *CShape_Polygon::GetOGRShape() {
     auto ring = std::make_unique<OGRLinearRing>();
     ktl::CopyToCurve(PointArray, *ring);
     auto polygon = std::make_unique<OGRPolygon>();
+    // An open ring is meant, so that there is nothing to refuse and nothing to warn of.
     const CPLConfigOptionSetter acceptAsStored("OGR_GEOMETRY_ACCEPT_UNCLOSED_RING", "YES", false);
+    const CPLErrorHandlerPusher quiet(CPLQuietErrorHandler);
     if (polygon->addRingDirectly(ring.get()) == OGRERR_NONE) ring.release();
     return polygon.release();
 }
@@ -139,7 +142,7 @@ void CShape_Polygon::Copy(CShape *source) {
 
 void CShape_Polygon::Serialize(CArchive &archive, int version) {
     CShape::Serialize(archive, version);
-    ktl::SerializeVertices(archive, PointArray, version);
+    ktl::SerializeVertices(archive, PointArray);
 }
 
 void CShape_Polygon::AddPoint(const POINTD &point) {

@@ -196,9 +196,13 @@ void CShape_Polyline::GetLabelInfo(CString text, CLegend_Text *textLegend, CLege
     const auto wanted = static_cast<std::size_t>(repeats) * (static_cast<std::size_t>(letters.GetSize()) + 1);
     const std::vector<CPoint> stations = MarkStations(*this, pixels, (length % group) / 2, space, wanted);
     ktl::LabelMeasure measure(textLegend, graphics);
+    std::vector<Gdiplus::RectF> boxes;
+    for (const CString &letter : letters) boxes.push_back(measure.BoxOf(letter));
     for (std::size_t k = 0; k < stations.size(); ++k) {
-        const auto letter = static_cast<int>(k % (static_cast<std::size_t>(letters.GetSize()) + 1)) - 1;
-        if (letter >= 0) labels.Add(measure.Centered(ShapeID, stations[k], letters[letter]));
+        const std::size_t slot = k % (boxes.size() + 1);
+        if (slot == 0) continue;
+        const CString &letter = letters[static_cast<int>(slot) - 1];
+        labels.Add(ktl::CenteredLabel(ShapeID, stations[k], boxes[slot - 1], letter));
     }
 }
 
@@ -219,7 +223,7 @@ void CShape_Polyline::Serialize(CArchive &archive, int version) {
             archive >> Closed;
         }
     }
-    ktl::SerializeVertices(archive, PointArray, version);
+    ktl::SerializeVertices(archive, PointArray);
 }
 
 void CShape_Polyline::AddPoint(const POINTD &point) {

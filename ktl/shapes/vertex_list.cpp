@@ -3,53 +3,42 @@
 #include <ogr_geometry.h>
 
 #include <algorithm>
-#include <array>
-#include <bit>
 #include <cmath>
 
 #include "ktl/platform/archive.h"
+#include "ktl/platform/file.h"
 #include "ktl/webmap/projection.h"
 
 namespace ktl {
 
 namespace {
 
-/// A vertex as it stands in a stream.
-struct StreamVertex {
-    double x;
-    double y;
-};
-static_assert(sizeof(StreamVertex) == 16 && std::endian::native == std::endian::little,
-              "vertices go to the stream as they lie in memory");
-
-constexpr int kBlockVertices = 512;
-using Block = std::array<StreamVertex, kBlockVertices>;
+constexpr int kVertexBytes = 16;
+/// So many vertices get their memory on the word of a count alone.
+constexpr int kUncheckedCount = 4096;
 
 void StoreVertices(CArchive &archive, const VertexArray &vertices) {
     archive << vertices.GetSize();
-    const POINTD *next = vertices.GetData();
-    Block block;
-    for (int left = vertices.GetSize(); left > 0;) {
-        const int count = std::min(left, kBlockVertices);
-        std::transform(next, next + count, block.begin(), [](const POINTD &p) { return StreamVertex{p.x, p.y}; });
-        archive.Write(block.data(), static_cast<UINT>(count) * sizeof(StreamVertex));
-        next += count;
-        left -= count;
-    }
+    for (const POINTD &vertex : vertices) archive << vertex.x << vertex.y;
+}
+
+/// The count, held at what the file under the archive can hold.
+int PlausibleCount(const CArchive &archive, int count) {
+    if (count <= kUncheckedCount) return std::max(count, 0);
+    const ULONGLONG limit = archive.GetFile()->GetLength() / kVertexBytes;
+    return static_cast<int>(std::min<ULONGLONG>(static_cast<ULONGLONG>(count), limit));
 }
 
 void LoadVertices(CArchive &archive, VertexArray &vertices) {
-    int total = 0;
-    archive >> total;
+    int count = 0;
+    archive >> count;
     vertices.RemoveAll();
-    Block block;
-    for (int left = total; left > 0;) {
-        const int count = std::min(left, kBlockVertices);
-        const UINT size = static_cast<UINT>(count) * sizeof(StreamVertex);
-        if (archive.Read(block.data(), size) < size) throw CArchiveException(CArchiveException::endOfFile);
-        if (left == total) vertices.Reserve(count);
-        std::for_each_n(block.begin(), count, [&](const StreamVertex &v) { vertices.Add(CPointD(v.x, v.y)); });
-        left -= count;
+    vertices.Reserve(PlausibleCount(archive, count));
+    for (int i = 0; i < count; ++i) {
+        double x = 0.0;
+        double y = 0.0;
+        archive >> x >> y;
+        vertices.Add(POINTD(x, y));
     }
 }
 
@@ -130,7 +119,7 @@ int MoveVertex(const VertexArray &vertices, const POINTD &point, int &index, Ver
     return 1;
 }
 
-void SerializeVertices(CArchive &archive, VertexArray &vertices, int /*version*/) {
+void SerializeVertices(CArchive &archive, VertexArray &vertices) {
     if (archive.IsStoring()) {
         StoreVertices(archive, vertices);
     } else {

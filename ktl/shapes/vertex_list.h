@@ -36,8 +36,8 @@ int FindVertex(const VertexArray &vertices, const POINTD &point, double toleranc
 int SnapToVertex(const VertexArray &vertices, const POINTD &point, POINTD &snapped, double tolerance);
 int MoveVertex(const VertexArray &vertices, const POINTD &point, int &index, VertexArray &points);
 
-/// An int count and the vertices. The array grows as vertices arrive, whatever the count says.
-void SerializeVertices(CArchive &archive, VertexArray &vertices, int version);
+/// An int count and the vertices. A count takes no more memory than the file it comes from has bytes for.
+void SerializeVertices(CArchive &archive, VertexArray &vertices);
 
 /// Puts the vertices into the curve in degrees.
 void CopyToCurve(const VertexArray &vertices, OGRSimpleCurve &curve);

@@ -31,6 +31,8 @@ endif()
 if(KTL_SANITIZE)
   target_compile_options(ktl_options INTERFACE -fsanitize=${KTL_SANITIZE} -fno-omit-frame-pointer
                                                -fno-sanitize-recover=all)
+  # g++ takes the sanitizers' own temporaries for uninitialised ones.
+  target_compile_options(ktl_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
   target_link_options(ktl_options INTERFACE -fsanitize=${KTL_SANITIZE})
 elseif(CMAKE_BUILD_TYPE STREQUAL "Release")
   set(CMAKE_CXX_FLAGS_RELEASE "-O2" CACHE STRING "" FORCE)

@@ -14,3 +14,4 @@
 #include "ktl/platform/gdiplus/startup.h"
 #include "ktl/platform/gdiplus/string_format.h"
 #include "ktl/platform/gdiplus/types.h"
+#include "ktl/platform/gdiplus/vector_page.h"

@@ -357,7 +357,9 @@ Status Graphics::GetVisibleClipBounds(Rect *rect) const {
     return Ok;
 }
 
-bool Graphics::DrawsWholePixels() const { return m_state && m_state->IsCrisp() && m_state->IsWhole(); }
+bool Graphics::DrawsWholePixels() const {
+    return m_state && m_state->IsCrisp() && m_state->IsWhole();
+}
 
 Status Graphics::Clear(const Color &color) {
     if (!m_state) return SetStatus(InvalidParameter);
@@ -473,6 +475,7 @@ Status DrawOneEllipse(Graphics::State *state, const Pen *pen, double x, double y
     if (state == nullptr || !IsUsable(pen)) return InvalidParameter;
     if (!(width >= 0) || !(height >= 0)) return Ok;
     return Guarded(*state, [&] {
+        if (state->IsCrisp() && ktl::raster::StrokeSmallEllipse(*state, *pen, x, y, width, height)) return;
         PathGeometry &geometry = Emptied(*state);
         geometry.AddEllipse(x, y, width, height);
         Stroke(*state, *pen, geometry);
@@ -483,6 +486,7 @@ Status FillOneEllipse(Graphics::State *state, const Brush *brush, double x, doub
     if (state == nullptr || !IsUsable(brush)) return InvalidParameter;
     if (!(width > 0) || !(height > 0)) return Ok;
     return Guarded(*state, [&] {
+        if (state->IsCrisp() && ktl::raster::FillSmallEllipse(*state, *brush, x, y, width, height)) return;
         PathGeometry &geometry = Emptied(*state);
         geometry.AddEllipse(x, y, width, height);
         Fill(*state, *brush, geometry, FillModeAlternate);

@@ -8,6 +8,7 @@
 #include "ktl/platform/gdiplus/graphics.h"
 #include "ktl/platform/gdiplus/picture.h"
 #include "ktl/platform/gdiplus/raster/coverage_mask.h"
+#include "ktl/platform/gdiplus/raster/ellipse_stamps.h"
 #include "ktl/platform/gdiplus/raster/geometry.h"
 #include "ktl/platform/gdiplus/raster/path_geometry.h"
 #include "ktl/platform/gdiplus/raster/scan_fill.h"
@@ -23,6 +24,7 @@ namespace ktl::raster {
 struct Scratch {
     ScanFill fill;
     Stroker stroker;
+    EllipseStamps ellipses;
     CoverageMask mask;
     CoverageMask inside;
     PathGeometry geometry;

@@ -170,6 +170,23 @@ TEST(CrispEllipses, OutlineHasOnePixelForEachStep) {
     EXPECT_LE(none.Count(), 1);
 }
 
+TEST(CrispEllipses, SmallOnesAreThoseOfAPathWhereverTheyStand) {
+    for (int size = 1; size <= 20; ++size) {
+        Canvas direct(64, 64), byPath(64, 64);
+        const SolidBrush brush(Color(90, 255, 0, 0));
+        const Pen pen(Color(120, 0, 0, 255));
+        for (const Point at : {Point(3, 4), Point(30, 31), Point(-5, 50), Point(58, -6)}) {
+            direct.graphics.FillEllipse(&brush, at.X, at.Y, size, size + 2);
+            direct.graphics.DrawEllipse(&pen, at.X, at.Y, size, size + 2);
+            GraphicsPath path;
+            path.AddEllipse(at.X, at.Y, size, size + 2);
+            byPath.graphics.FillPath(&brush, &path);
+            byPath.graphics.DrawPath(&pen, &path);
+        }
+        EXPECT_EQ(direct.Pixels(), byPath.Pixels()) << size;
+    }
+}
+
 TEST(CrispPies, AnglesRunClockwiseAndFollowTheTrueDirection) {
     Canvas c;
     const SolidBrush brush(kWhite);
@@ -459,6 +476,28 @@ TEST(CrispPens, JoinsAndCaps) {
         c.graphics.DrawLine(&pen, 20, 50, 60, 50);
         EXPECT_EQ(c.Row(50, 11, 25), test.row) << test.cap;
         EXPECT_EQ(c.Row(46, 11, 25), test.edge) << test.cap;
+    }
+}
+
+TEST(CrispPens, AFigureThatIsOnePointLeavesADot) {
+    const Point same[3] = {{20, 20}, {20, 20}, {20, 20}};
+    const struct {
+        LineJoin join;
+        LineCap cap;
+        bool closed;
+        std::string bounds;
+    } cases[] = {{LineJoinMiter, LineCapFlat, true, "18,18 5x5"},
+                 {LineJoinRound, LineCapFlat, true, "18,18 5x5"},
+                 {LineJoinMiter, LineCapFlat, false, ""},
+                 {LineJoinMiter, LineCapRound, false, "18,18 5x5"},
+                 {LineJoinMiter, LineCapSquare, false, "18,18 5x5"}};
+    for (const auto &test : cases) {
+        Canvas c;
+        Pen pen(kWhite, 5);
+        pen.SetLineJoin(test.join);
+        pen.SetLineCap(test.cap, test.cap, DashCapFlat);
+        test.closed ? c.graphics.DrawPolygon(&pen, same, 3) : c.graphics.DrawLines(&pen, same, 3);
+        EXPECT_EQ(c.Bounds(), test.bounds) << test.join << " " << test.cap;
     }
 }
 

@@ -240,6 +240,23 @@ void StrokeInset(Stroke stroke, const SpanPaint &paint, const P *points, std::si
     PaintMask(scratch.mask, paint);
 }
 
+bool IsSmallEllipse(const State &state, double x, double y, double width, double height) {
+    const auto isWhole = [](double v) { return v == std::floor(v) && std::abs(v) < 1 << 24; };
+    return state.IsWhole() && isWhole(x) && isWhole(y) && isWhole(width) && isWhole(height) && width >= 1 &&
+           height >= 1 && width <= EllipseStamps::kLargest && height <= EllipseStamps::kLargest;
+}
+
+void PaintSpans(const State &state, const SpanPaint &paint, const std::vector<Span> &spans, int x, int y) {
+    if (paint.IsInvisible()) return;
+    const Box &clip = state.clip;
+    for (const Span &span : spans) {
+        const int row = span.y + y;
+        const int x0 = std::max(span.x0 + x, clip.left);
+        const int x1 = std::min(span.x1 + x, clip.right);
+        if (row >= clip.top && row < clip.bottom && x0 < x1) paint.Paint(row, x0, x1);
+    }
+}
+
 template <class Figures>
 void StrokeFigures(State &state, const Gdiplus::Pen &pen, const Figures &figures) {
     const SpanPaint paint = PaintOf(state, pen);
@@ -318,6 +335,21 @@ void ClearCrisp(State &state, Gdiplus::Color color) {
     if (state.clip.IsEmpty()) return;
     const SpanPaint paint(state.view, Gdiplus::CompositingModeSourceCopy, color);
     for (int y = state.clip.top; y < state.clip.bottom; ++y) paint.Paint(y, state.clip.left, state.clip.right);
+}
+
+bool FillSmallEllipse(State &state, const Gdiplus::Brush &brush, double x, double y, double width, double height) {
+    if (!IsSmallEllipse(state, x, y, width, height)) return false;
+    const auto &stamp = state.scratch.ellipses.For(static_cast<int>(width), static_cast<int>(height));
+    PaintSpans(state, PaintOf(state, brush), stamp.filled, static_cast<int>(x), static_cast<int>(y));
+    return true;
+}
+
+bool StrokeSmallEllipse(State &state, const Gdiplus::Pen &pen, double x, double y, double width, double height) {
+    if (!IsSmallEllipse(state, x, y, width, height)) return false;
+    if (DeviceWidth(state, pen) >= kWide || pen.GetDashPatternCount() != 0) return false;
+    const auto &stamp = state.scratch.ellipses.For(static_cast<int>(width), static_cast<int>(height));
+    PaintSpans(state, PaintOf(state, pen), stamp.outline, static_cast<int>(x), static_cast<int>(y));
+    return true;
 }
 
 void StrokeCrisp(State &state, const Gdiplus::Pen &pen, const Gdiplus::Point *points, std::size_t count, bool closed) {

@@ -22,6 +22,10 @@ void FillCrisp(State &state, const Gdiplus::Brush &brush, const PathGeometry &ge
 void FillBoxCrisp(State &state, const Gdiplus::Brush &brush, const Box &box);
 void ClearCrisp(State &state, Gdiplus::Color color);
 
+/// Small ellipses in boxes of whole pixels. False, with nothing drawn, for any other.
+bool FillSmallEllipse(State &state, const Gdiplus::Brush &brush, double x, double y, double width, double height);
+bool StrokeSmallEllipse(State &state, const Gdiplus::Pen &pen, double x, double y, double width, double height);
+
 void StrokeCrisp(State &state, const Gdiplus::Pen &pen, const Gdiplus::Point *points, std::size_t count, bool closed);
 void StrokeCrisp(State &state, const Gdiplus::Pen &pen, const PathGeometry &geometry);
 

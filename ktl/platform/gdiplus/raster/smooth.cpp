@@ -10,16 +10,19 @@ namespace ktl::raster {
 
 namespace {
 
-/// Cairo's numbers end at 2^23 pixels; what reaches beyond this is cut before.
-constexpr double kFar = 1 << 20;
-constexpr Box kNearBox{-(1 << 20), -(1 << 20), 1 << 20, 1 << 20};
+/// Cairo's arithmetic ends between 2^15 and 2^23 pixels: what reaches far beyond the target is cut before.
+Box NearBox(const Gdiplus::Graphics::State &state, double reach) {
+    const int room = 4096 + static_cast<int>(reach);
+    const Box &b = state.bounds;
+    return {b.left - room, b.top - room, b.right + room, b.bottom + room};
+}
 
-bool IsFar(const PathGeometry &geometry, const Affine &map) {
+bool Holds(const Box &box, const PathGeometry &geometry, const Affine &map) {
     for (std::size_t i = 0; i < geometry.PointCount(); ++i) {
         const PointD p = map.Apply(geometry.PointAt(i));
-        if (!(std::abs(p.x) < kFar && std::abs(p.y) < kFar)) return true;
+        if (!(p.x > box.left && p.x < box.right && p.y > box.top && p.y < box.bottom)) return false;
     }
-    return false;
+    return true;
 }
 
 void AddFigure(cairo_t *cairo, const PathGeometry &geometry, const PathGeometry::Figure &figure) {
@@ -53,22 +56,22 @@ std::vector<PointD> CutRing(const std::vector<PointD> &ring, bool alongX, double
     return result;
 }
 
-void AddFarRing(cairo_t *cairo, const PointD *points, std::size_t count) {
+void AddFarRing(cairo_t *cairo, const Box &box, const PointD *points, std::size_t count) {
     std::vector<PointD> ring(points, points + count);
-    ring = CutRing(ring, true, 1, -kFar);
-    ring = CutRing(ring, true, -1, kFar);
-    ring = CutRing(ring, false, 1, -kFar);
-    ring = CutRing(ring, false, -1, kFar);
+    ring = CutRing(ring, true, 1, box.left);
+    ring = CutRing(ring, true, -1, box.right);
+    ring = CutRing(ring, false, 1, box.top);
+    ring = CutRing(ring, false, -1, box.bottom);
     cairo_new_sub_path(cairo);
     for (const PointD p : ring) cairo_line_to(cairo, p.x, p.y);
     cairo_close_path(cairo);
 }
 
-void AddFarLine(cairo_t *cairo, const PointD *points, std::size_t count, bool closed) {
+void AddFarLine(cairo_t *cairo, const Box &box, const PointD *points, std::size_t count, bool closed) {
     for (std::size_t i = 0; i + (closed ? 0 : 1) < count; ++i) {
         const PointD a = points[i];
         const PointD b = points[i + 1 == count ? 0 : i + 1];
-        const SegmentPart part = PartNearBox(a, b, kNearBox, 0);
+        const SegmentPart part = PartNearBox(a, b, box, 0);
         if (part.to <= part.from) continue;
         const PointD from = a + (b - a) * part.from;
         const PointD to = a + (b - a) * part.to;
@@ -77,23 +80,25 @@ void AddFarLine(cairo_t *cairo, const PointD *points, std::size_t count, bool cl
     }
 }
 
-/// Makes the geometry Cairo's path. The matrix is the identity afterwards when it has been cut.
-void SetPath(CairoScope &scope, Gdiplus::Graphics::State &state, const PathGeometry &geometry, bool forFill) {
+/// Makes the geometry Cairo's path, for lines that reach so many pixels beyond their points, or with 0 for an area. The
+/// matrix is the identity afterwards.
+void SetPath(CairoScope &scope, Gdiplus::Graphics::State &state, const PathGeometry &geometry, double reach) {
     cairo_t *const cairo = scope.Get();
-    scope.UseWorldUnits();
-    if (!IsFar(geometry, state.CairoMap())) {
+    const Box box = NearBox(state, reach);
+    if (Holds(box, geometry, state.CairoMap())) {
+        scope.UseWorldUnits();
         for (const PathGeometry::Figure &figure : geometry.Figures()) AddFigure(cairo, geometry, figure);
+        cairo_identity_matrix(cairo);
         return;
     }
-    cairo_identity_matrix(cairo);
     Chains &chains = state.scratch.chains;
     chains.Flatten(geometry, state.CairoMap());
     for (const PathGeometry::Figure &figure : chains.figures) {
         const PointD *const points = chains.points.data() + figure.first;
-        if (forFill) {
-            AddFarRing(cairo, points, figure.count);
+        if (reach == 0) {
+            AddFarRing(cairo, box, points, figure.count);
         } else {
-            AddFarLine(cairo, points, figure.count, figure.closed);
+            AddFarLine(cairo, box, points, figure.count, figure.closed);
         }
     }
 }
@@ -154,7 +159,7 @@ void FillSmooth(Gdiplus::Graphics::State &state, const Gdiplus::Brush &brush, co
                 Gdiplus::FillMode mode) {
     CairoScope scope(state);
     scope.SetSource(brush);
-    SetPath(scope, state, geometry, true);
+    SetPath(scope, state, geometry, 0);
     cairo_set_antialias(scope.Get(), AntialiasOf(state));
     cairo_set_fill_rule(scope.Get(),
                         mode == Gdiplus::FillModeWinding ? CAIRO_FILL_RULE_WINDING : CAIRO_FILL_RULE_EVEN_ODD);
@@ -170,14 +175,13 @@ void StrokeSmooth(Gdiplus::Graphics::State &state, const Gdiplus::Pen &pen, cons
     }
     double width = DeviceWidth(state, pen);
     if (pen.GetAlignment() == Gdiplus::PenAlignmentInset && AllClosed(geometry)) {
-        SetPath(scope, state, geometry, true);
+        SetPath(scope, state, geometry, 0);
         cairo_set_fill_rule(scope.Get(), CAIRO_FILL_RULE_EVEN_ODD);
         cairo_clip(scope.Get());
         width *= 2;
     }
-    SetPath(scope, state, geometry, false);
-    // Widths are in pixels.
-    cairo_identity_matrix(scope.Get());
+    constexpr double kMostReach = 1 << 20;
+    SetPath(scope, state, geometry, std::min(kMostReach, width * std::max(1.0F, pen.GetMiterLimit())));
     SetPen(scope.Get(), pen, width);
     cairo_set_antialias(scope.Get(), AntialiasOf(state));
     cairo_stroke(scope.Get());

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <type_traits>
 #include <utility>
 
 #include "ktl/platform/gdiplus/raster/curves.h"
@@ -36,9 +37,6 @@ bool IsShort(Gdiplus::Point a, Gdiplus::Point b) {
     const std::int64_t dx = static_cast<std::int64_t>(b.X) - a.X;
     const std::int64_t dy = static_cast<std::int64_t>(b.Y) - a.Y;
     return dx >= -kShort && dx <= kShort && dy >= -kShort && dy <= kShort;
-}
-bool IsShort(PointD, PointD) {
-    return false;
 }
 
 std::uint32_t KeyOf(int dx0, int dy0, int dx1, int dy1) {
@@ -240,9 +238,15 @@ void Stroker::PutCap(Gdiplus::LineCap cap, PointD at, PointD outward) {
     }
 }
 
-void Stroker::PutDot(PointD at) {
-    PutCap(m_style.startCap, at, {-1, 0});
-    PutCap(m_style.endCap, at, {1, 0});
+void Stroker::PutDot(PointD at, bool closed) {
+    if (closed && m_style.join == Gdiplus::LineJoinRound) {
+        PutDisc(at);
+    } else if (closed) {
+        PutQuad(at - PointD{m_half, 0}, at + PointD{m_half, 0}, {1, 0});
+    } else {
+        PutCap(m_style.startCap, at, {-1, 0});
+        PutCap(m_style.endCap, at, {1, 0});
+    }
 }
 
 Stroker::PieceStore &Stroker::StoreFor(const StrokeStyle &style, bool sweepsDisc) {
@@ -311,9 +315,6 @@ void Stroker::MakePiece(Piece &piece, int dx0, int dy0, int dx1, int dy1) {
 
 void Stroker::PutPiece(const Piece &piece, int x, int y) {
     const Span *const spans = m_store->spans.data() + piece.first;
-    // A vertex so far off that the sums overflow is far off the box too.
-    constexpr int kFar = 1 << 24;
-    if (x <= -kFar || x >= kFar || y <= -kFar || y >= kFar) return;
     if (x + piece.left >= m_box.left && x + piece.right <= m_box.right && y + piece.top >= m_box.top &&
         y + piece.bottom <= m_box.bottom) [[likely]] {
         m_sink->Put(spans, piece.count, x, y);
@@ -350,38 +351,43 @@ void Stroker::PutSegment(PointD a, PointD b, PointD c, bool hasIn) {
 
 template <class P>
 void Stroker::DrawChain(const P *points, std::size_t count, bool closed) {
-    // The last segment's ends; equal as long as there is none.
-    PointD before = AsPointD(points[0]);
-    PointD last = before;
+    // The ends of the last segment; equal as long as there is none.
+    P before = points[0];
+    P last = before;
     WalkChain(points, count, closed, [&](P a, P b, P c, bool hasIn) {
         if (!hasIn) {
             const PointD back = AsPointD(b) - AsPointD(c);
             PutCap(m_style.startCap, AsPointD(b), back * (1 / std::hypot(back.x, back.y)));
         }
-        before = AsPointD(b);
-        last = AsPointD(c);
-        if (m_store != nullptr && IsShort(b, c) && (!hasIn || IsShort(a, b))) {
-            const PointD in = hasIn ? before - AsPointD(a) : PointD{};
-            const PointD out = last - before;
-            PutPiece(PieceFor(static_cast<int>(in.x), static_cast<int>(in.y), static_cast<int>(out.x),
-                              static_cast<int>(out.y)),
-                     static_cast<int>(before.x), static_cast<int>(before.y));
-        } else {
-            PutSegment(AsPointD(a), before, last, hasIn);
+        before = b;
+        last = c;
+        if constexpr (std::is_same_v<P, Gdiplus::Point>) {
+            if (m_store != nullptr && IsShort(b, c) && (!hasIn || IsShort(a, b))) {
+                if (!m_nearBox.Holds(b.X, b.Y)) return;
+                const Gdiplus::Point in = hasIn ? b - a : Gdiplus::Point();
+                PutPiece(PieceFor(in.X, in.Y, c.X - b.X, c.Y - b.Y), b.X, b.Y);
+                return;
+            }
         }
+        PutSegment(AsPointD(a), AsPointD(b), AsPointD(c), hasIn);
     });
     if (before == last) {
-        PutDot(before);
+        PutDot(AsPointD(before), closed);
     } else if (!closed) {
-        const PointD forth = last - before;
-        PutCap(m_style.endCap, last, forth * (1 / std::hypot(forth.x, forth.y)));
+        const PointD forth = AsPointD(last) - AsPointD(before);
+        PutCap(m_style.endCap, AsPointD(last), forth * (1 / std::hypot(forth.x, forth.y)));
     }
 }
 
 void Stroker::Draw(const StrokeStyle &style, const Gdiplus::Point *points, std::size_t count, bool closed,
                    const Box &box, SpanSink &sink) {
     SetUp(style, closed, box, sink);
-    m_store = m_reach + kShort < kPieceRoom ? &StoreFor(style, m_sweepsDisc) : nullptr;
+    m_store = nullptr;
+    if (m_reach + kShort < kPieceRoom) {
+        const int room = static_cast<int>(m_reach) + 1 + kShort;
+        m_nearBox = {box.left - room, box.top - room, box.right + room, box.bottom + room};
+        m_store = &StoreFor(style, m_sweepsDisc);
+    }
     DrawChain(points, closed ? WithoutClosingPoints(points, count) : count, closed);
 }
 

@@ -31,8 +31,10 @@ class Stroker {
   public:
     Stroker() = default;
 
-    /// Draws one line into the sink, cut to the box. Repeated points are passed over. A line that is one point draws
-    /// what its caps make of a point: round, square and triangle caps a dot, flat ones nothing.
+    /// Draws one line into the sink, cut to the box. Repeated points are passed over. An open line that is one point
+    /// draws what its caps make of a point: nothing when they are flat. A closed one draws what a shrinking square
+    /// ends as: a square of the line's width, or with round joins a disc. Where a line turns back on itself, a mitred
+    /// or bevelled corner is flat.
     void Draw(const StrokeStyle &style, const Gdiplus::Point *points, std::size_t count, bool closed, const Box &box,
               SpanSink &sink);
     void Draw(const StrokeStyle &style, const PointD *points, std::size_t count, bool closed, const Box &box,
@@ -62,7 +64,7 @@ class Stroker {
     void PutWedge(PointD at, PointD from, PointD to);
     void PutDisc(PointD at);
     void PutCap(Gdiplus::LineCap cap, PointD at, PointD outward);
-    void PutDot(PointD at);
+    void PutDot(PointD at, bool closed);
 
     PieceStore &StoreFor(const StrokeStyle &style, bool sweepsDisc);
     const Piece &PieceFor(int dx0, int dy0, int dx1, int dy1);
@@ -80,7 +82,9 @@ class Stroker {
     bool m_sweepsDisc = false;
     Box m_box;
     SpanSink *m_sink = nullptr;
+    /// The styles' store, null where nothing is kept, and the box that a kept piece's vertex must lie in to be seen.
     PieceStore *m_store = nullptr;
+    Box m_nearBox;
     ConvexFill m_convex;
     std::vector<PointD> m_outline;
     std::vector<FixedPoint> m_fixed;

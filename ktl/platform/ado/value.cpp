@@ -14,7 +14,7 @@ namespace {
 
 constexpr int kMaxDigits = 38;
 /// Days from 1 March of year 0 (proleptic Gregorian) to 30 December 1899.
-constexpr int kZeroDay = 693'900;
+constexpr int kZeroDay = 693'899;
 
 constexpr Int128 PowerOfTen(int exponent) {
     Int128 power = 1;

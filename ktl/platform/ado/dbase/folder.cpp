@@ -85,6 +85,7 @@ std::string Folder::PathOf(const CString &name) const {
 
 std::shared_ptr<Table> Folder::Open(const CString &name, sql::Access access) {
     const std::string key = FoldedName(BareName(name).View());
+    if (m_fresh.key == key) m_fresh = {};
     for (int i = 0; i < kOpenTries; ++i) {
         auto found = m_tables.find(key);
         if (found == m_tables.end()) found = m_tables.emplace(key, std::make_shared<Table>(PathOf(name))).first;
@@ -117,10 +118,32 @@ std::vector<TableEntry> Folder::ListTables() {
 }
 
 void Folder::CreateTable(const CString &name, const std::vector<sql::ColumnDefinition> &columns) {
+    const std::string key = FoldedName(BareName(name).View());
     const std::string path = PathOf(name);
+    if (IsFresh(key, path, columns)) {
+        throw Error("Table \"" + name + "\" is in use: it has just been made.", error_number::kFileInUse);
+    }
     CloseTable(name);
-    const FileHold hold(path);
-    MakeTable(path, columns);
+    {
+        const FileHold hold(path);
+        MakeTable(path, columns);
+    }
+    m_fresh = {key, columns, {}};
+    FileSystem::Current().Stat(path, m_fresh.file);
+}
+
+bool Folder::IsFresh(const std::string &key, const std::string &path,
+                     const std::vector<sql::ColumnDefinition> &columns) const {
+    const auto same = [](const sql::ColumnDefinition &a, const sql::ColumnDefinition &b) {
+        return a.name == b.name && a.type == b.type && a.width == b.width && a.decimals == b.decimals;
+    };
+    if (m_fresh.key != key ||
+        !std::equal(columns.begin(), columns.end(), m_fresh.columns.begin(), m_fresh.columns.end(), same)) {
+        return false;
+    }
+    FileInfo info;
+    return FileSystem::Current().Stat(path, info) == 0 && info.inode == m_fresh.file.inode &&
+           info.changed == m_fresh.file.changed && info.changedFraction == m_fresh.file.changedFraction;
 }
 
 void Folder::DropTable(const CString &name) {
@@ -154,6 +177,7 @@ void Folder::UseTable(const CString &name, bool exclusive) {
 }
 
 void Folder::CloseTable(const CString &name) {
+    m_fresh = {};
     m_tables.erase(FoldedName(BareName(name).View()));
 }
 

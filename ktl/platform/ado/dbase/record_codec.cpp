@@ -22,6 +22,7 @@ bool IsText(const Field &field) {
 
 void RecordCodec::ReadMemo(const Field &field, const char *record, Value &value) const {
     const std::uint32_t block = MemoPointer(field, record);
+    if (block == 0 && field.IsTextMemo()) return value.SetText({});
     MemoFile *memo = block == 0 ? nullptr : m_memos.FindMemo();
     std::string &bytes = value.MutableText();
     if (!memo || !memo->Read(block, bytes)) return value.SetNull();

@@ -239,6 +239,9 @@ TEST_F(LegendTest, FormsHaveTheirBytes) {
     const Bytes form201 = {7, 0, 100, 0, 255, 0, 0, 10, 20, 30, 0, 1, 3, 0, 0, 200, 0, 0};
     for (const int version : {0, 199, 200}) EXPECT_EQ(Store(legend, version), form200) << version;
     for (const int version : {201, 203, 999}) EXPECT_EQ(Store(legend, version), form201) << version;
+    CLegend current;
+    EXPECT_EQ(Load(current, form201, 201), 0U);
+    EXPECT_EQ(Store(current, 201), form201);
     CLegend old;
     EXPECT_EQ(Load(old, form200, 0), 0U);
     EXPECT_EQ(old.GetForeColor(), RGB(100, 0, 255));

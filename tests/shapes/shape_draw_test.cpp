@@ -356,6 +356,18 @@ TEST_F(ShapeDrawTest, ALineLooksAsIfEveryKeptVertexWereHandedOver) {
     }
 }
 
+TEST_F(ShapeDrawTest, AShapeThatATransformBringsIntoSightIsDrawn) {
+    CLegend_Polygon legend;
+    Paint(legend, 1);
+    CShape_Polygon area = Area("-180 20, -140 20, -140 60, -180 60");
+    Canvas canvas(100, 100);
+    area.Draw(&canvas.graphics, &legend, kRatio, kView, 0, 0, 0);
+    EXPECT_EQ(canvas.CountPainted(), 0);
+    canvas.graphics.TranslateTransform(200.0F, 0.0F);
+    area.Draw(&canvas.graphics, &legend, kRatio, kView, 0, 0, 0);
+    EXPECT_EQ(canvas.At(40, 60), kRed);
+}
+
 /// A symbol of the given shapes.
 class GivenSymbol : public CShape_Symbol {
   public:

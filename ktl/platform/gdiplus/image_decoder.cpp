@@ -142,6 +142,16 @@ void PutRgbaRow(const Source &source, std::uint32_t *row) {
     }
 }
 
+/// Three samples R, G, B to opaque pixels. Each is loaded with the byte behind it, but for the last.
+void PutRgbRow(const std::uint8_t *in, std::uint32_t *out, int width) {
+    for (int x = 0; x + 1 < width; ++x, in += 3) {
+        std::uint32_t samples = 0;
+        std::memcpy(&samples, in, sizeof(samples));
+        out[x] = __builtin_bswap32(samples) >> 8 | 0xFF000000U;
+    }
+    out[width - 1] = Pack(255, in[0], in[1], in[2]);
+}
+
 void PutCmykRow(const std::uint8_t *in, std::uint32_t *out, int width) {
     for (int x = 0; x < width; ++x, in += 4) {
         const auto channel = [&](int i) { return MultiplyByte(255U - in[i], 255U - in[3]); };
@@ -149,6 +159,7 @@ void PutCmykRow(const std::uint8_t *in, std::uint32_t *out, int width) {
     }
 }
 
+/// A row of samples to pixels, from left to right: the samples may lie in the same memory from the pixels' begin on.
 void PutRow(const Source &source, const std::uint8_t *in, std::uint32_t *out) {
     switch (source.layout) {
         case Layout::Index:
@@ -159,10 +170,10 @@ void PutRow(const Source &source, const std::uint8_t *in, std::uint32_t *out) {
             for (int x = 0; x < source.width; ++x, in += 2) out[x] = Premultiply(Pack(in[1], in[0], in[0], in[0]));
             break;
         case Layout::Rgb:
-            for (int x = 0; x < source.width; ++x, in += 3) out[x] = Pack(255, in[0], in[1], in[2]);
+            PutRgbRow(in, out, source.width);
             break;
         case Layout::Rgba:
-            std::memcpy(out, in, static_cast<std::size_t>(source.width) * 4);
+            std::memmove(out, in, static_cast<std::size_t>(source.width) * 4);
             PutRgbaRow(source, out);
             break;
         case Layout::Cmyk:
@@ -210,18 +221,22 @@ bool ReadByStrips(const Source &source, Picture &picture) {
     return true;
 }
 
-/// Straight into the picture, where the samples take the room of the pixels.
+/// Without memory for the samples: they are read into the end of the picture's own, and pixels made of them from the
+/// begin on never reach a sample that is still needed.
 bool ReadInPlace(const Source &source, Picture &picture) {
-    if (!ReadSamples(source, 0, source.height, picture.Row(0))) return false;
-    for (int y = 0; y < source.height; ++y) PutRgbaRow(source, picture.Row(y));
+    const std::size_t rowBytes = static_cast<std::size_t>(source.width) * static_cast<std::size_t>(source.samples);
+    const auto pixels = static_cast<std::size_t>(source.width) * static_cast<std::size_t>(source.height);
+    auto *samples = reinterpret_cast<std::uint8_t *>(picture.Row(0)) + pixels * 4 -
+                    rowBytes * static_cast<std::size_t>(source.height);
+    if (!ReadSamples(source, 0, source.height, samples)) return false;
+    for (int y = 0; y < source.height; ++y, samples += rowBytes) PutRow(source, samples, picture.Row(y));
     return true;
 }
 
 bool ReadPixels(const Source &source, Picture &picture) {
-    const auto stride = cairo_image_surface_get_stride(picture.surface.get());
-    const bool inPlace = source.layout == Layout::Rgba && !source.isWide && picture.HasAlpha() &&
-                         stride == source.width * 4 &&
-                         static_cast<std::size_t>(stride) * static_cast<std::size_t>(source.height) <= kStripBytes;
+    const auto stride = static_cast<std::size_t>(cairo_image_surface_get_stride(picture.surface.get()));
+    const bool inPlace = !source.isWide && stride == static_cast<std::size_t>(source.width) * 4 &&
+                         stride * static_cast<std::size_t>(source.height) <= kStripBytes;
     cairo_surface_flush(picture.surface.get());
     const bool done = inPlace ? ReadInPlace(source, picture) : ReadByStrips(source, picture);
     cairo_surface_mark_dirty(picture.surface.get());

@@ -146,6 +146,18 @@ TEST_F(ImageCodecTest, ReloadedFormatsAreThePlatforms) {
     }
 }
 
+TEST_F(ImageCodecTest, EveryWidthAndHugePicturesComeBackWhole) {
+    for (int width = 1; width < 10; ++width) {
+        for (const PixelFormat format : {PixelFormat24bppRGB, PixelFormat32bppARGB}) {
+            const auto bitmap = Gradient(width, 3, format, format == PixelFormat24bppRGB ? 255 : 77);
+            EXPECT_EQ(LargestDifference(*bitmap, *Loaded(Encoded(*bitmap, L"image/png"))), 0) << width;
+        }
+    }
+    // More than is read at once.
+    const auto huge = Gradient(2500, 1800, PixelFormat24bppRGB);
+    EXPECT_EQ(LargestDifference(*huge, *Loaded(Encoded(*huge, L"image/bmp"))), 0);
+}
+
 TEST_F(ImageCodecTest, AlphaIsKeptOrDroppedNeverMixed) {
     const auto bitmap = Gradient(16, 16, PixelFormat32bppARGB, 128);
     for (const wchar_t *mime : {L"image/png", L"image/tiff"}) {

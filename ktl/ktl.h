@@ -44,6 +44,7 @@
 #include "ktl/platform/gdiplus/stream.h"
 #include "ktl/platform/gdiplus/string_format.h"
 #include "ktl/platform/gdiplus/types.h"
+#include "ktl/platform/gdiplus/vector_page.h"
 
 #include "ktl/platform/ado/connection.h"
 #include "ktl/platform/ado/connection_string.h"

@@ -78,8 +78,8 @@ class KTL_API Graphics {
     Status ResetClip();
     /// The clip cut to the bitmap, in pixels.
     Status GetVisibleClipBounds(Rect *rect) const;
-    /// True when coordinates are pixels of a bitmap and figures follow the one fill rule: no transform, no antialiasing,
-    /// no moved centres. What of a figure lies outside of the clip then has no part in what shows inside.
+    /// True when coordinates are pixels of a bitmap and figures follow the one fill rule: no transform, no
+    /// antialiasing, no moved centres. What of a figure lies outside of the clip then has no part in what shows inside.
     bool DrawsWholePixels() const;
 
     /// Writes the colour with its alpha over the whole clip, without blending.

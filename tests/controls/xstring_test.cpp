@@ -8,7 +8,7 @@
 #include "ktl/platform/encoding.h"
 #include "ktl/platform/gdiplus/gdiplus.h"
 #include "ktl/platform/mem_file.h"
-#include "tests/support/drawing_session.h"
+#include "tests/support/drawing_start.h"
 
 namespace {
 
@@ -91,7 +91,7 @@ TEST(XString, StoredTextsComeBackWhole) {
 }
 
 struct XStringDrawing : testing::Test {
-    ktl::test::DrawingSession session;
+    ktl::test::DrawingStart drawing;
     Gdiplus::Bitmap bitmap{120, 60};
     Gdiplus::Graphics graphics{&bitmap};
 
@@ -153,7 +153,7 @@ TEST_F(XStringDrawing, HaloStandsAroundTheLetters) {
 TEST(XString, MadeBeforeDrawingStartsItWorksAfterwards) {
     CXString text("early");
     text.Update();
-    const ktl::test::DrawingSession session;
+    const ktl::test::DrawingStart drawing;
     Gdiplus::Bitmap bitmap(50, 50);
     Gdiplus::Graphics graphics(&bitmap);
     const CXString copy(text);

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "ktl/platform/gdiplus/gdiplus.h"
-#include "tests/support/drawing_session.h"
+#include "tests/support/drawing_start.h"
 #include "tests/support/scratch_folder.h"
 
 using Gdiplus::Bitmap;
@@ -16,7 +16,7 @@ using Gdiplus::Color;
 namespace {
 
 struct BitmapToolsTest : testing::Test {
-    ktl::test::DrawingSession session;
+    ktl::test::DrawingStart drawing;
     ktl::test::ScratchFolder folder;
 };
 

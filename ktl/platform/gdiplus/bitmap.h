@@ -17,8 +17,10 @@ struct Picture;
 
 namespace Gdiplus {
 
+/// Pictures of pixels are all there are.
 enum ImageType : int { ImageTypeUnknown = 0, ImageTypeBitmap = 1, ImageTypeMetafile = 2 };
 
+/// What a block of pixels is for, and whose memory it is; a sum of these.
 enum ImageLockMode {
     ImageLockModeRead = 0x0001,
     ImageLockModeWrite = 0x0002,

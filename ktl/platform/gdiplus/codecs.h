@@ -28,6 +28,7 @@ KTL_API extern const GUID EncoderQuality;
 /// TIFF: a Long of EncoderValue, LZW without it.
 KTL_API extern const GUID EncoderCompression;
 
+/// What the values of a setting are; a Long has 32 bits.
 enum EncoderParameterValueType {
     EncoderParameterValueTypeByte = 1,
     EncoderParameterValueTypeASCII = 2,
@@ -35,6 +36,7 @@ enum EncoderParameterValueType {
     EncoderParameterValueTypeLong = 4,
 };
 
+/// Values of `EncoderCompression`.
 enum EncoderValue {
     EncoderValueCompressionLZW = 2,
     EncoderValueCompressionNone = 6,
@@ -54,6 +56,7 @@ struct EncoderParameters {
     EncoderParameter Parameter[1];
 };
 
+/// Bits of `ImageCodecInfo::Flags`.
 enum ImageCodecFlags {
     ImageCodecFlagsEncoder = 0x00000001,
     ImageCodecFlagsDecoder = 0x00000002,

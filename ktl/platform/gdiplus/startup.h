@@ -18,6 +18,7 @@ using ULONG_PTR = std::uintptr_t;
 
 namespace Gdiplus {
 
+/// Kinds of calls that a host hands in or gets; the library makes none of them.
 enum DebugEventLevel { DebugEventLevelFatal, DebugEventLevelWarning };
 using DebugEventProc = void (*)(DebugEventLevel level, char *message);
 using NotificationHookProc = Status (*)(ULONG_PTR *token);

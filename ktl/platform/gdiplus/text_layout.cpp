@@ -420,6 +420,7 @@ TextBlock PlaceText(const TextRequest &request) {
     if (request.text.empty()) return block;
     block.shaped = ShapeRequest(request);
     const int count = LinesThatFit(request, static_cast<int>(block.shaped->lines.size()));
+    if (count == 0) return block;
     const SizeF size = BoxSize(request, *block.shaped, count);
     block.box.Width = size.Width;
     block.box.Height = size.Height;
@@ -428,7 +429,7 @@ TextBlock PlaceText(const TextRequest &request) {
     block.box.X = static_cast<REAL>(Aligned(format.GetAlignment(), request.area.X, request.area.Width, size.Width));
     block.box.Y =
         static_cast<REAL>(Aligned(format.GetLineAlignment(), request.area.Y, request.area.Height, size.Height));
-    if (count > 0) block.codepoints = block.shaped->lines[static_cast<std::size_t>(count) - 1].codepointsThrough;
+    block.codepoints = block.shaped->lines[static_cast<std::size_t>(count) - 1].codepointsThrough;
     return block;
 }
 

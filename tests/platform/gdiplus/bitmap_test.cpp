@@ -5,14 +5,14 @@
 #include <memory>
 #include <vector>
 
-#include "tests/support/drawing_session.h"
+#include "tests/support/drawing_start.h"
 
 using namespace Gdiplus;
 
 namespace {
 
 struct BitmapTest : testing::Test {
-    ktl::test::DrawingSession session;
+    ktl::test::DrawingStart drawing;
 };
 
 TEST_F(BitmapTest, SizesBeyondTheLimitsAreRefused) {

@@ -16,7 +16,7 @@
 
 #include "ktl/platform/filesystem.h"
 #include "ktl/platform/gdiplus/gdiplus.h"
-#include "tests/support/drawing_session.h"
+#include "tests/support/drawing_start.h"
 #include "tests/support/faulty_filesystem.h"
 #include "tests/support/scratch_folder.h"
 
@@ -25,7 +25,7 @@ using namespace Gdiplus;
 namespace {
 
 struct ImageCodecTest : testing::Test {
-    ktl::test::DrawingSession session;
+    ktl::test::DrawingStart drawing;
 };
 
 struct StreamDeleter {

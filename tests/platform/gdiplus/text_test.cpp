@@ -9,14 +9,14 @@
 #include <vector>
 
 #include "ktl/platform/gdiplus/gdiplus.h"
-#include "tests/support/drawing_session.h"
+#include "tests/support/drawing_start.h"
 
 using namespace Gdiplus;
 
 namespace {
 
 struct TextTest : testing::Test {
-    ktl::test::DrawingSession session;
+    ktl::test::DrawingStart drawing;
     Bitmap bitmap{200, 120, PixelFormat32bppARGB};
     Graphics graphics{&bitmap};
     Font song{L"宋体", 12, FontStyleRegular, UnitPixel};
@@ -174,6 +174,9 @@ TEST_F(TextTest, ABoxWrapsCutsAndCounts) {
     EXPECT_EQ(Measure(text, RectF(0, 0, 150, 8)).Height, 8);
     const StringFormat noClip(StringFormatFlagsNoClip);
     EXPECT_NEAR(Measure(L"x", RectF(0, 0, 150, 8), &noClip).Height, kLine + kEm / 8, 0.01);
+    // Whole lines only: none has a place.
+    const StringFormat lineLimit(StringFormatFlagsLineLimit);
+    EXPECT_EQ(Measure(text, RectF(0, 0, 150, 8), &lineLimit).Width, 0);
     // Without wrapping: fewer characters.
     const StringFormat noWrap(StringFormatFlagsNoWrap);
     graphics.MeasureString(text.c_str(), -1, &song, RectF(0, 0, narrow, 100), &noWrap, &box, &fitted, &lines);

@@ -8,7 +8,7 @@
 #include "ktl/platform/exception.h"
 #include "ktl/webmap/mosaic.h"
 #include "tests/support/application.h"
-#include "tests/support/drawing_session.h"
+#include "tests/support/drawing_start.h"
 
 using ktl::test::Application;
 
@@ -80,7 +80,7 @@ TEST(Mosaic, IsHalvedCoarselyAndThenGrownBack) {
 }
 
 TEST(Mosaic, PartsFitInARealBitmap) {
-    const ktl::test::DrawingSession drawing;
+    const ktl::test::DrawingStart drawing;
     const Application application;
     int partCols = 0, partRows = 0, countX = 0, countY = 0;
     GetUnionMapInfo(4, 3, partCols, partRows, countX, countY);

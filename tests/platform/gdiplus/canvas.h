@@ -12,7 +12,7 @@
 #include "ktl/platform/gdiplus/graphics.h"
 #include "ktl/platform/gdiplus/graphics_path.h"
 #include "ktl/platform/gdiplus/pen.h"
-#include "tests/support/drawing_session.h"
+#include "tests/support/drawing_start.h"
 
 namespace ktl::test {
 
@@ -23,7 +23,7 @@ class Canvas {
         : bitmap(width, height, format), graphics(&bitmap) {}
 
   private:
-    DrawingSession m_session;
+    DrawingStart m_started;
 
   public:
     Gdiplus::Bitmap bitmap;

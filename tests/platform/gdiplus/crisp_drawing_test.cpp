@@ -557,7 +557,7 @@ TEST(CrispState, NothingCanBeMadeBeforeTheStart) {
 }
 
 TEST(CrispState, FormatsThatCannotBeDrawnOn) {
-    const ktl::test::DrawingSession session;
+    const ktl::test::DrawingStart started;
     const struct {
         PixelFormat format;
         Status status;
@@ -577,7 +577,7 @@ TEST(CrispState, FormatsThatCannotBeDrawnOn) {
 }
 
 TEST(CrispState, PixelsOutliveTheBitmap) {
-    const ktl::test::DrawingSession session;
+    const ktl::test::DrawingStart started;
     auto bitmap = std::make_unique<Bitmap>(50, 50);
     Graphics graphics(bitmap.get());
     bitmap.reset();

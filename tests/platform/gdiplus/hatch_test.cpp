@@ -121,7 +121,7 @@ TEST(Hatch, BothColoursBlendAsSolidOnes) {
 }
 
 TEST(Hatch, StylesOutsideTheTableAreRefused) {
-    const ktl::test::DrawingSession session;
+    const ktl::test::DrawingStart started;
     for (const int style : {-1, 53, 1000}) {
         const HatchBrush brush(static_cast<HatchStyle>(style), kBlack);
         EXPECT_EQ(brush.GetLastStatus(), InvalidParameter) << style;

@@ -27,7 +27,7 @@ std::string DrawnOn(VectorPage::Kind kind) {
 }
 
 TEST(VectorPage, AnSvgHoldsTheFiguresAsPaths) {
-    const ktl::test::DrawingSession session;
+    const ktl::test::DrawingStart started;
     const std::string svg = DrawnOn(VectorPage::Kind::Svg);
     EXPECT_NE(svg.find("<svg"), std::string::npos);
     EXPECT_NE(svg.find("width=\"150"), std::string::npos) << "pixels are 3/4 point";
@@ -39,7 +39,7 @@ TEST(VectorPage, AnSvgHoldsTheFiguresAsPaths) {
 }
 
 TEST(VectorPage, APdfIsWhole) {
-    const ktl::test::DrawingSession session;
+    const ktl::test::DrawingStart started;
     const std::string pdf = DrawnOn(VectorPage::Kind::Pdf);
     EXPECT_EQ(pdf.rfind("%PDF-", 0), 0U);
     EXPECT_NE(pdf.find("%%EOF"), std::string::npos);
@@ -50,7 +50,7 @@ TEST(VectorPage, ThereIsNoneWithoutDrawing) {
     VectorPage page(VectorPage::Kind::Svg, 10, 10);
     EXPECT_EQ(page.GetGraphics(), nullptr);
     EXPECT_TRUE(page.Finish().empty());
-    const ktl::test::DrawingSession session;
+    const ktl::test::DrawingStart started;
     EXPECT_EQ(VectorPage(VectorPage::Kind::Svg, 0, 10).GetGraphics(), nullptr);
 }
 

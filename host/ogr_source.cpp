@@ -310,6 +310,13 @@ void Report(const ProgressCallback &progress, const Progress &where) {
     if (progress && !progress(where)) throw Interrupted();
 }
 
+// `promised` counts features of a layer that gave none: some drivers don't tell when a file ends before its first one.
+void CheckReadToTheEnd(const SourceOptions &options, const GdalMessages &messages, long long promised) {
+    if (!messages.Failed() && promised <= 0) return;
+    const std::string why = messages.Failed() ? messages.Failure() : "no feature is left of what it promises";
+    throw Error("cannot read " + Quoted(options.path) + " to its end: " + why);
+}
+
 }  // namespace
 
 void ReadReport::Add(const ReadReport &other) {
@@ -333,13 +340,12 @@ ReadReport ReadSource(const SourceOptions &options, const MapArea &area, Geometr
     const long long total = CountFeatures(layers);
     ReadReport report;
     for (OGRLayer *layer : layers) {
+        const long long before = report.features;
         LayerReader reader(*layer, area, sink, report, messages);
         while (reader.ReadNext()) {
             if (report.features % kFeaturesBetweenReports == 0) Report(progress, {"reading", report.features, total});
         }
-        if (messages.Failed()) {
-            throw Error("cannot read " + Quoted(options.path) + " to its end: " + messages.Failure());
-        }
+        CheckReadToTheEnd(options, messages, report.features == before ? CountFeatures({layer}) : 0);
     }
     Report(progress, {"reading", report.features, report.features});
     return report;

@@ -169,6 +169,7 @@ RenderResult Render(const RenderOptions &options, const ProgressCallback &progre
     const Map map = MapOf(options);
     RenderResult result;
     const Layers layers = ReadLayers(options, map.units, result.read, progress);
+    result.notes = result.read.notes;
     RenderWindow window(map.units, map.type, options.background);
     for (const auto &layer : layers) window.AddShapes(*layer);
     window.SetSmooth(options.smooth);

@@ -22,6 +22,7 @@
 #include "ktl/platform/numeric.h"
 #include "ktl/platform/object.h"
 #include "ktl/platform/profile.h"
+#include "ktl/platform/progress_ctrl.h"
 #include "ktl/platform/stdio_file.h"
 #include "ktl/platform/string.h"
 #include "ktl/platform/system.h"
@@ -78,9 +79,20 @@
 
 #include "ktl/imaging/bitmap_tools.h"
 
+#include "ktl/attributes/ado.h"
+#include "ktl/attributes/ado_local.h"
+#include "ktl/attributes/ado_local_dbf.h"
+#include "ktl/attributes/ado_local_mdb.h"
+#include "ktl/attributes/ado_net.h"
 #include "ktl/attributes/field.h"
 #include "ktl/attributes/fields.h"
 #include "ktl/attributes/record.h"
+#include "ktl/attributes/search_result.h"
+#include "ktl/attributes/table_local.h"
+#include "ktl/attributes/table_local_dbf.h"
+#include "ktl/attributes/table_local_mdb.h"
+#include "ktl/attributes/table_net.h"
+#include "ktl/attributes/xtable.h"
 
 #include "ktl/controls/xstring.h"
 

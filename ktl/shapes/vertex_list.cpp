@@ -55,7 +55,7 @@ void GrowTo(CExtent &extent, const POINTD &point) {
     if (point.y > extent.top) extent.top = point.y;
 }
 
-void AddVertex(VertexArray &vertices, CExtent &extent, const POINTD &point) {
+void AddVertex(VertexArray &vertices, CExtent &extent, POINTD point) {
     if (vertices.Add(point) == 0) {
         CollapseTo(extent, point);
     } else {

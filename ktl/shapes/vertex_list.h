@@ -21,7 +21,8 @@ void CollapseTo(CExtent &extent, const POINTD &point);
 void GrowTo(CExtent &extent, const POINTD &point);
 
 /// The contracts of these are told at the shapes' operations of the same names.
-void AddVertex(VertexArray &vertices, CExtent &extent, const POINTD &point);
+/// The point comes by value: it may be one of the array's own, which moves when it grows.
+void AddVertex(VertexArray &vertices, CExtent &extent, POINTD point);
 void SetVertexAt(VertexArray &vertices, CExtent &extent, int index, const POINTD &point);
 void SetLastVertex(VertexArray &vertices, CExtent &extent, const POINTD &point);
 void CalcExtentOf(const VertexArray &vertices, CExtent &extent);

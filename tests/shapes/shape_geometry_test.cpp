@@ -202,6 +202,18 @@ TEST(ShapeGeometry, EditsGrowTheExtentAndOnlyAskingTakesItAnew) {
     ExpectExtentsOfEdits<CShape_Polygon>();
 }
 
+/// The first vertex is handed in while the array moves to a larger block.
+TEST(ShapeGeometry, AVertexOfTheShapeItselfCanBeAddedAgain) {
+    CShape_Polyline line = Line("3 4");
+    CShape_Polygon area = Area("3 4");
+    for (int i = 0; i < 300; ++i) {
+        line.AddPoint(line.GetPointAt(0));
+        area.AddPoint(area.GetPointArray().GetAt(0));
+        ASSERT_EQ(TextOf(line.GetExtent()), "3 4 3 4") << i;
+        ASSERT_EQ(TextOf(area.GetExtent()), "3 4 3 4") << i;
+    }
+}
+
 TEST(ShapeGeometry, ACopiedVertexArrayBringsItsExtent) {
     CShape_Polyline line = Line("0 0, 1 1");
     CShape_Polyline source = Line("4 4, 6 5");

@@ -4,8 +4,8 @@
 
 namespace ktl::ado::access {
 
-/// While one lives, what its thread prints to the C library's error stream is dropped: libmdb reports every oddity of
-/// a file there. Other threads keep their output. May be nested; ends on the thread that began it.
+/// While one lives, what its thread prints to the C library's standard streams is dropped: libmdb reports the oddities
+/// of a file there. Other threads keep their output. May be nested; ends on the thread that began it.
 class KTL_API Quiet {
   public:
     Quiet();

@@ -240,17 +240,23 @@ TEST(AccessField, TextTakesBothForms) {
     for (const auto &row : cases) EXPECT_EQ(ToUtf8(access::TextFromField(row.bytes)), row.text);
 }
 
-TEST(AccessQuiet, OtherThreadsKeepTheirErrorStream) {
+TEST(AccessQuiet, OtherThreadsKeepTheirStreams) {
     testing::internal::CaptureStderr();
-    std::fputs("before ", stderr);
+    testing::internal::CaptureStdout();
+    const auto say = [](const char *text) {
+        std::fputs(text, stderr);
+        std::fputs(text, stdout);
+    };
+    say("before ");
     {
         const access::Quiet quiet;
         const access::Quiet nested;
-        std::fputs("dropped ", stderr);
-        std::thread([] { std::fputs("other ", stderr); }).join();
+        say("dropped ");
+        std::thread([&] { say("other "); }).join();
     }
-    std::fputs("after", stderr);
+    say("after");
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "before other after");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "before other after");
 }
 
 }  // namespace

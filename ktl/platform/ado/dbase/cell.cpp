@@ -237,15 +237,11 @@ void EncodeInteger(const Field &field, const Value &value, bool lossy, char *cel
 }
 
 void EncodeCurrency(const Field &field, const Value &value, bool lossy, char *cell) {
-    const double scaled = std::round(value.ToDouble() * 10'000);
-    const bool fits = std::fabs(scaled) < 9.2e18;
+    const auto exact = DecimalFromText(Fixed(value, 4));
+    const bool fits = exact && exact->units >= std::numeric_limits<std::int64_t>::min() &&
+                      exact->units <= std::numeric_limits<std::int64_t>::max();
     if (!fits && !lossy) ThrowOverflow(field);
-    long long units = fits ? static_cast<long long>(scaled) : 0;
-    if (fits && value.GetKind() == Value::Kind::Decimal) {
-        const auto exact = DecimalFromText(DecimalToFixed(value.AsDecimal(), 4));
-        if (exact) units = static_cast<long long>(exact->units);
-    }
-    StoreLittle64(cell, static_cast<std::uint64_t>(units));
+    StoreLittle64(cell, static_cast<std::uint64_t>(fits ? static_cast<std::int64_t>(exact->units) : 0));
 }
 
 void EncodeDate(DateTime time, char *cell) {

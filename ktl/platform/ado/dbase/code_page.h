@@ -5,12 +5,10 @@
 #include <string>
 #include <string_view>
 
-#include "ktl/platform/export.h"
-
 namespace ktl::ado::dbase {
 
 /// The encoding of a table's texts. GBK, the system's own, is passed through as it is; so is an unknown one.
-class KTL_API CodePage {
+class CodePage {
   public:
     /// GBK.
     CodePage();

@@ -4,14 +4,13 @@
 #include <string>
 #include <string_view>
 
-#include "ktl/platform/export.h"
 #include "ktl/platform/filesystem.h"
 #include "ktl/platform/string.h"
 
 namespace ktl::ado::dbase {
 
 /// An open file of a table, through the file system in use. Faults are thrown as Error with the file's name.
-class KTL_API DataFile {
+class DataFile {
   public:
     /// Closed.
     DataFile() = default;
@@ -48,6 +47,6 @@ class KTL_API DataFile {
 };
 
 /// Throws the Error of a failed file operation; `systemPath` is UTF-8.
-[[noreturn]] KTL_API void ThrowFileError(const char *what, const std::string &systemPath, int error);
+[[noreturn]] void ThrowFileError(const char *what, const std::string &systemPath, int error);
 
 }  // namespace ktl::ado::dbase

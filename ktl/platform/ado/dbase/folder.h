@@ -7,12 +7,11 @@
 
 #include "ktl/platform/ado/dbase/table.h"
 #include "ktl/platform/ado/sql/table.h"
-#include "ktl/platform/export.h"
 
 namespace ktl::ado::dbase {
 
 /// A folder of .dbf files as a store. Tables stay open between statements.
-class KTL_API Folder final : public sql::Store {
+class Folder final : public sql::Store {
   public:
     /// Throws Error when there is no such folder. `path` is a GBK path; of a file's path its folder is taken.
     explicit Folder(const CString &path);

@@ -8,7 +8,6 @@
 #include "ktl/platform/ado/dbase/layout.h"
 #include "ktl/platform/ado/recordset.h"
 #include "ktl/platform/ado/sql/ast.h"
-#include "ktl/platform/export.h"
 
 namespace ktl::ado::dbase {
 
@@ -67,12 +66,12 @@ struct Header {
 
 /// Reads a header. `bytes` begins with the file's first byte and holds the whole header or what there is of it. Names
 /// come through `codePage`. Throws Error (not a table) for anything that does not add up.
-KTL_API Header ParseHeader(std::string_view bytes, const CodePage &codePage);
+Header ParseHeader(std::string_view bytes, const CodePage &codePage);
 /// The header's bytes, backlink area included.
-KTL_API std::string BuildHeader(const Header &header, const CodePage &codePage);
+std::string BuildHeader(const Header &header, const CodePage &codePage);
 /// The field for a definition; throws Error (column name, width).
-KTL_API Field MakeField(const sql::ColumnDefinition &definition);
+Field MakeField(const sql::ColumnDefinition &definition);
 /// Year, month and day as bytes 1 to 3 of a header.
-KTL_API std::string TodayBytes();
+std::string TodayBytes();
 
 }  // namespace ktl::ado::dbase

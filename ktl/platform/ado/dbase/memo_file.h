@@ -5,7 +5,6 @@
 #include <string_view>
 
 #include "ktl/platform/ado/dbase/data_file.h"
-#include "ktl/platform/export.h"
 
 namespace ktl::ado::dbase {
 
@@ -13,7 +12,7 @@ enum class MemoKind { Fpt, Dbase3, Dbase4 };
 
 /// The memo file beside a table. Blocks are only ever appended, so that a pointer in a finished row always leads to
 /// the whole text that it was made for.
-class KTL_API MemoFile {
+class MemoFile {
   public:
     /// Throws Error.
     MemoFile(const std::string &systemPath, MemoKind kind);

@@ -4,7 +4,6 @@
 #include "ktl/platform/ado/dbase/header.h"
 #include "ktl/platform/ado/dbase/memo_file.h"
 #include "ktl/platform/ado/value.h"
-#include "ktl/platform/export.h"
 
 namespace ktl::ado::dbase {
 
@@ -18,7 +17,7 @@ class MemoSource {
 
 /// Reads and writes whole cells of records in memory: text through the table's code page, memos through their file.
 /// Borrows what it is made with.
-class KTL_API RecordCodec {
+class RecordCodec {
   public:
     RecordCodec(const Header &header, const CodePage &codePage, MemoSource &memos)
         : m_header(header), m_codePage(codePage), m_memos(memos) {}

@@ -6,24 +6,24 @@ namespace ktl::ado::dbase {
 
 namespace {
 
-constexpr std::size_t kFirstSlots = 64;
+constexpr unsigned kFirstBits = 6;
 
 }  // namespace
 
-RowIndex::RowIndex() : m_slots(kFirstSlots) {}
+RowIndex::RowIndex() : m_slots(std::size_t{1} << kFirstBits), m_shift(32 - kFirstBits) {}
 
 /// The slot of that value, or the free one where it would go.
 std::size_t RowIndex::SlotOf(std::int32_t value) const {
-    // Neighbouring values lie beside each other; the multiplied part spreads what is far apart.
+    // The high bits of the product spread runs of neighbouring values evenly.
     const std::size_t mask = m_slots.size() - 1;
-    const auto bits = static_cast<std::uint32_t>(value);
-    std::size_t slot = (bits ^ (bits >> 16) * 0x9E3779B1U) & mask;
+    std::size_t slot = (static_cast<std::uint32_t>(value) * 0x9E3779B1U) >> m_shift;
     while (m_slots[slot].first != kFree && m_slots[slot].value != value) slot = (slot + 1) & mask;
     return slot;
 }
 
 void RowIndex::Grow() {
     std::vector<Slot> old(m_slots.size() * 2);
+    --m_shift;
     old.swap(m_slots);
     for (const Slot &slot : old) {
         if (slot.first != kFree) m_slots[SlotOf(slot.value)] = slot;

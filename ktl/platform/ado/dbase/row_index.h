@@ -4,13 +4,12 @@
 #include <vector>
 
 #include "ktl/platform/ado/sql/table.h"
-#include "ktl/platform/export.h"
 
 namespace ktl::ado::dbase {
 
 /// The rows of a table by the value of one whole-number column: a hash table of values, each the head of a list of
 /// rows. Adding, changing and finding cost the same at any size.
-class KTL_API RowIndex {
+class RowIndex {
   public:
     RowIndex();
 
@@ -40,6 +39,8 @@ class KTL_API RowIndex {
     void Insert(std::uint32_t link, std::int32_t value);
 
     std::vector<Slot> m_slots;
+    /// 32 less the number of bits that a slot's place takes.
+    unsigned m_shift;
     std::size_t m_used = 0;
     std::vector<Link> m_links;
     std::int32_t m_last = 0;

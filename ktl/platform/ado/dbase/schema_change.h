@@ -4,7 +4,6 @@
 
 #include "ktl/platform/ado/dbase/table.h"
 #include "ktl/platform/ado/sql/ast.h"
-#include "ktl/platform/export.h"
 
 namespace ktl::ado::dbase {
 
@@ -12,9 +11,9 @@ namespace ktl::ado::dbase {
 /// one's place. `table` is in a writing statement; afterwards it is an open file without a name. The new file is of
 /// the 0x30 family whatever the old one was, with the memos in an .fpt. Rows keep their numbers, deleted ones too.
 /// Throws Error and leaves the old table as it was.
-KTL_API void ChangeTable(Table &table, const sql::AlterTableStatement &change);
+void ChangeTable(Table &table, const sql::AlterTableStatement &change);
 
 /// Writes an empty table and its memo file in place of one of that name, if any.
-KTL_API void MakeTable(const std::string &systemPath, const std::vector<sql::ColumnDefinition> &columns);
+void MakeTable(const std::string &systemPath, const std::vector<sql::ColumnDefinition> &columns);
 
 }  // namespace ktl::ado::dbase

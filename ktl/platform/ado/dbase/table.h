@@ -14,7 +14,6 @@
 #include "ktl/platform/ado/dbase/record_codec.h"
 #include "ktl/platform/ado/dbase/row_index.h"
 #include "ktl/platform/ado/sql/table.h"
-#include "ktl/platform/export.h"
 
 namespace ktl::ado::dbase {
 
@@ -24,7 +23,7 @@ namespace ktl::ado::dbase {
 /// a process that is killed leaves at most rows that the count does not tell of. Nothing of the rows is remembered
 /// from one statement to the next but the indexes, and these only while the file's change time says that nobody else
 /// wrote. Locks cover one statement.
-class KTL_API Table final : public sql::Table, private IdleTable, private MemoSource {
+class Table final : public sql::Table, private IdleTable, private MemoSource {
   public:
     /// Opens the file; throws Error. `Begin` has to follow.
     explicit Table(const std::string &systemPath);

@@ -8,14 +8,13 @@
 #include "ktl/platform/ado/recordset.h"
 #include "ktl/platform/ado/sql/statement_cache.h"
 #include "ktl/platform/ado/sql/table.h"
-#include "ktl/platform/export.h"
 
 namespace ktl::ado::sql {
 
 /// Runs statements over the tables of a store. Names and types are checked before the first row is touched; a fault
 /// that a row's value raises later (a number too large, a full disk) leaves earlier rows of an Update changed, and an
 /// Insert without any of its rows.
-class KTL_API Executor {
+class Executor {
   public:
     explicit Executor(std::shared_ptr<Store> store) : m_store(std::move(store)) {}
 

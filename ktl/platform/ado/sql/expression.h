@@ -8,7 +8,6 @@
 #include "ktl/platform/ado/sql/ast.h"
 #include "ktl/platform/ado/sql/like.h"
 #include "ktl/platform/ado/sql/table.h"
-#include "ktl/platform/export.h"
 
 namespace ktl::ado::sql {
 
@@ -26,7 +25,7 @@ struct BindScope {
 
 /// An expression with its columns found and its types checked, ready to be evaluated row by row. It borrows the
 /// literals of its statement, whose values may change between two executions (`Prepare`).
-class KTL_API BoundExpression {
+class BoundExpression {
   public:
     /// Throws Error (column not found, operand types) with the place in the statement.
     BoundExpression(const Expression &expression, const BindScope &scope);

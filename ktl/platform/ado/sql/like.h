@@ -4,13 +4,11 @@
 #include <string_view>
 #include <vector>
 
-#include "ktl/platform/export.h"
-
 namespace ktl::ado::sql {
 
 /// A pattern of Like: `%` is any text, `_` one character (of one or two bytes). Case counts, and so do the pattern's
 /// own trailing blanks. Characters are compared whole: a trail byte matches no ASCII letter.
-class KTL_API LikePattern {
+class LikePattern {
   public:
     LikePattern() = default;
     /// `escape`, unless 0, makes the character behind it an ordinary one.

@@ -4,12 +4,11 @@
 #include <string_view>
 
 #include "ktl/platform/ado/sql/ast.h"
-#include "ktl/platform/export.h"
 
 namespace ktl::ado::sql {
 
 /// The tree of one statement. Throws Error (syntax, column name) with what is wrong and where; names are not looked
 /// up. Keywords ignore case and may be cut to four letters.
-KTL_API std::unique_ptr<ParsedStatement> ParseStatement(std::string_view statement);
+std::unique_ptr<ParsedStatement> ParseStatement(std::string_view statement);
 
 }  // namespace ktl::ado::sql

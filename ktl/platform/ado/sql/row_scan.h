@@ -5,13 +5,12 @@
 
 #include "ktl/platform/ado/sql/expression.h"
 #include "ktl/platform/ado/sql/table.h"
-#include "ktl/platform/export.h"
 
 namespace ktl::ado::sql {
 
 /// The rows of a table that a condition accepts. A condition that holds `column = number` or `column In (numbers)`, by
 /// itself or joined by And, goes through the table's index where it has one; any other is a walk over all rows.
-class KTL_API RowScan {
+class RowScan {
   public:
     /// `condition` holds one expression, or none: all rows. Throws what binding throws.
     RowScan(const std::vector<Expression> &condition, const BindScope &scope);

@@ -9,12 +9,11 @@
 
 #include "ktl/platform/ado/sql/row_scan.h"
 #include "ktl/platform/ado/static_recordset.h"
-#include "ktl/platform/export.h"
 
 namespace ktl::ado::sql {
 
 /// A Select bound to one table.
-class KTL_API SelectPlan {
+class SelectPlan {
   public:
     /// Throws what binding throws.
     SelectPlan(const ParsedStatement &parsed, const SelectStatement &select, Table &table);

@@ -5,12 +5,11 @@
 #include <vector>
 
 #include "ktl/platform/ado/sql/ast.h"
-#include "ktl/platform/export.h"
 
 namespace ktl::ado::sql {
 
 /// What an executor keeps with a statement between two executions.
-class KTL_API Plan {
+class Plan {
   public:
     Plan() = default;
     Plan(const Plan &) = delete;
@@ -28,7 +27,7 @@ struct PreparedStatement {
 
 /// Keeps the statements last parsed. One that differs from an earlier one only in its literals is not parsed again:
 /// its text is compared piece by piece and the literals between the pieces are read into the kept tree.
-class KTL_API StatementCache {
+class StatementCache {
   public:
     /// Good until the next call. Throws what `ParseStatement` throws.
     PreparedStatement &Get(std::string_view statement);

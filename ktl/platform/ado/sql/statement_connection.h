@@ -5,12 +5,11 @@
 #include "ktl/platform/ado/connection.h"
 #include "ktl/platform/ado/sql/executor.h"
 #include "ktl/platform/ado/sql/table.h"
-#include "ktl/platform/export.h"
 
 namespace ktl::ado::sql {
 
 /// A connection whose statements this layer runs over a store's tables.
-class KTL_API StatementConnection final : public Connection {
+class StatementConnection final : public Connection {
   public:
     explicit StatementConnection(std::shared_ptr<Store> store);
     ~StatementConnection() override;

@@ -9,7 +9,6 @@
 #include "ktl/platform/ado/error.h"
 #include "ktl/platform/ado/recordset.h"
 #include "ktl/platform/ado/sql/ast.h"
-#include "ktl/platform/export.h"
 
 /// \file
 /// What the statement layer asks of a store: tables with a cursor over their rows. A store that is only read leaves
@@ -21,7 +20,7 @@ namespace ktl::ado::sql {
 using RowNumber = std::uint32_t;
 
 /// One open table with one cursor. A statement uses it between `Store::OpenTable` and `EndStatement`.
-class KTL_API Table {
+class Table {
   public:
     Table() = default;
     Table(const Table &) = delete;
@@ -76,7 +75,7 @@ class KTL_API Table {
 enum class Access { Read, Write };
 
 /// The tables of a connection.
-class KTL_API Store {
+class Store {
   public:
     Store() = default;
     Store(const Store &) = delete;
@@ -101,7 +100,7 @@ class KTL_API Store {
 };
 
 /// A table in a statement's hands.
-class KTL_API TableUse {
+class TableUse {
   public:
     TableUse(Store &store, const CString &name, Access access) : m_table(store.OpenTable(name, access)) {}
     TableUse(const TableUse &) = delete;

@@ -4,7 +4,6 @@
 #include <string_view>
 
 #include "ktl/platform/ado/value.h"
-#include "ktl/platform/export.h"
 
 namespace ktl::ado::sql {
 
@@ -33,7 +32,7 @@ struct Token {
 
 /// Cuts a statement into tokens. Text is GBK: a trail byte is never a quote, a bracket or an operator. `&&` starts a
 /// remark up to the line's end; `;` joins lines and ends a statement.
-class KTL_API Lexer {
+class Lexer {
   public:
     explicit Lexer(std::string_view statement) : m_statement(statement) {}
 
@@ -63,14 +62,14 @@ constexpr bool IsWordByte(char c) {
 
 /// Reads the number that starts at `position` (no sign) and moves behind it; false when there is none. Whole numbers
 /// become integers, others decimals, and doubles where they have an exponent or too many digits.
-KTL_API bool ScanNumber(std::string_view text, std::size_t &position, Value &value);
+bool ScanNumber(std::string_view text, std::size_t &position, Value &value);
 /// Reads the quoted text that starts at `position` and moves behind it; false when the quote is not closed. Doubled
 /// quotes become one.
-KTL_API bool ScanString(std::string_view text, std::size_t &position, Value &value);
+bool ScanString(std::string_view text, std::size_t &position, Value &value);
 
 /// Throws Error (syntax): what, the place counted from 1, and the text found there.
-[[noreturn]] KTL_API void ThrowSyntax(std::string_view statement, std::size_t position, const char *what);
+[[noreturn]] void ThrowSyntax(std::string_view statement, std::size_t position, const char *what);
 /// The same with another number.
-[[noreturn]] KTL_API void ThrowAt(std::string_view statement, std::size_t position, const CString &what, int number);
+[[noreturn]] void ThrowAt(std::string_view statement, std::size_t position, const CString &what, int number);
 
 }  // namespace ktl::ado::sql

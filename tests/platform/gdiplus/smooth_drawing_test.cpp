@@ -118,6 +118,17 @@ TEST(SmoothDrawing, FarCoordinatesAreCutNotWrapped) {
     EXPECT_EQ(AlphaAt(cut, 40, 50), 0);
 }
 
+TEST(SmoothDrawing, DashesOfAnInsetLineAreInPenWidthsToo) {
+    Canvas c;
+    c.graphics.SetSmoothingMode(SmoothingModeAntiAlias);
+    c.graphics.SetPixelOffsetMode(PixelOffsetModeHalf);
+    Pen pen(kBlack, 4);
+    pen.SetDashStyle(DashStyleDash);
+    pen.SetAlignment(PenAlignmentInset);
+    c.graphics.DrawRectangle(&pen, 8, 20, 64, 64);
+    EXPECT_EQ(c.Row(22, 8, 27), "############....####");
+}
+
 TEST(SmoothDrawing, CompositingAndClipAreKept) {
     Canvas c;
     c.graphics.SetSmoothingMode(SmoothingModeAntiAlias);

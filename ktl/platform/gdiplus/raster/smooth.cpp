@@ -133,11 +133,10 @@ cairo_line_cap_t CapOf(int cap) {
 
 /// Cairo has one cap for both ends and for dashes: a dashed line takes that of the dashes, a solid one that of its
 /// start unless it is flat.
-void SetPen(cairo_t *cairo, const Gdiplus::Pen &pen, double width) {
+void SetPen(cairo_t *cairo, const Gdiplus::Pen &pen, double width, const DashPattern &dashes) {
     cairo_set_line_width(cairo, width);
     cairo_set_line_join(cairo, JoinOf(pen.GetLineJoin()));
     cairo_set_miter_limit(cairo, pen.GetMiterLimit());
-    const DashPattern dashes = DashesOf(pen, width);
     if (dashes.IsSolid()) {
         const bool startIsFlat = CapOf(pen.GetStartCap()) == CAIRO_LINE_CAP_BUTT;
         cairo_set_line_cap(cairo, CapOf(startIsFlat ? pen.GetEndCap() : pen.GetStartCap()));
@@ -174,6 +173,7 @@ void StrokeSmooth(Gdiplus::Graphics::State &state, const Gdiplus::Pen &pen, cons
         scope.SetSource(pen.ColorValue());
     }
     double width = DeviceWidth(state, pen);
+    const DashPattern dashes = DashesOf(pen, width);
     if (pen.GetAlignment() == Gdiplus::PenAlignmentInset && AllClosed(geometry)) {
         SetPath(scope, state, geometry, 0);
         cairo_set_fill_rule(scope.Get(), CAIRO_FILL_RULE_EVEN_ODD);
@@ -182,7 +182,7 @@ void StrokeSmooth(Gdiplus::Graphics::State &state, const Gdiplus::Pen &pen, cons
     }
     constexpr double kMostReach = 1 << 20;
     SetPath(scope, state, geometry, std::min(kMostReach, width * std::max(1.0F, pen.GetMiterLimit())));
-    SetPen(scope.Get(), pen, width);
+    SetPen(scope.Get(), pen, width, dashes);
     cairo_set_antialias(scope.Get(), AntialiasOf(state));
     cairo_stroke(scope.Get());
 }

@@ -118,6 +118,38 @@ TEST(SmoothDrawing, FarCoordinatesAreCutNotWrapped) {
     EXPECT_EQ(AlphaAt(cut, 40, 50), 0);
 }
 
+/// A ring that is cut far away is joined at each corner in sight, also at the one that it begins with.
+TEST(SmoothDrawing, AFarRingHasACornerWhereItBegins) {
+    const Point ring[] = {{30, 30}, {20000, 30}, {30, 20000}};
+    for (std::size_t first = 0; first < 3; ++first) {
+        const Point turned[] = {ring[first], ring[(first + 1) % 3], ring[(first + 2) % 3]};
+        Canvas c;
+        c.graphics.SetSmoothingMode(SmoothingModeAntiAlias);
+        const Pen pen(kBlack, 12);
+        c.graphics.DrawPolygon(&pen, turned, 3);
+        EXPECT_EQ(AlphaAt(c, 26, 26), 255) << first;
+        EXPECT_EQ(AlphaAt(c, 22, 26), 0) << first;
+    }
+}
+
+TEST(SmoothDrawing, DashesOfAFarLineCountFromItsStart) {
+    struct Case {
+        int start;
+        const char *row;
+    };
+    // On for 12 pixels, off for 4.
+    for (const Case &test : {Case{-10000, "############....####"}, Case{-10004, "########....########"},
+                             Case{-1000010, "##....############.."}}) {
+        Canvas c;
+        c.graphics.SetSmoothingMode(SmoothingModeAntiAlias);
+        c.graphics.SetPixelOffsetMode(PixelOffsetModeHalf);
+        Pen pen(kBlack, 4);
+        pen.SetDashStyle(DashStyleDash);
+        c.graphics.DrawLine(&pen, test.start, 20, 10000, 20);
+        EXPECT_EQ(c.Row(20, 0, 19), test.row) << test.start;
+    }
+}
+
 TEST(SmoothDrawing, DashesOfAnInsetLineAreInPenWidthsToo) {
     Canvas c;
     c.graphics.SetSmoothingMode(SmoothingModeAntiAlias);

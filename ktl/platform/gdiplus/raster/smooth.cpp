@@ -17,10 +17,13 @@ Box NearBox(const Gdiplus::Graphics::State &state, double reach) {
     return {b.left - room, b.top - room, b.right + room, b.bottom + room};
 }
 
+bool Holds(const Box &box, PointD p) {
+    return p.x > box.left && p.x < box.right && p.y > box.top && p.y < box.bottom;
+}
+
 bool Holds(const Box &box, const PathGeometry &geometry, const Affine &map) {
     for (std::size_t i = 0; i < geometry.PointCount(); ++i) {
-        const PointD p = map.Apply(geometry.PointAt(i));
-        if (!(p.x > box.left && p.x < box.right && p.y > box.top && p.y < box.bottom)) return false;
+        if (!Holds(box, map.Apply(geometry.PointAt(i)))) return false;
     }
     return true;
 }
@@ -67,29 +70,47 @@ void AddFarRing(cairo_t *cairo, const Box &box, const PointD *points, std::size_
     cairo_close_path(cairo);
 }
 
+/// A ring begins at a corner out of sight: the one it begins with is not joined.
 void AddFarLine(cairo_t *cairo, const Box &box, const PointD *points, std::size_t count, bool closed) {
+    std::size_t first = 0;
+    while (closed && first < count && Holds(box, points[first])) ++first;
+    const bool isHeld = closed && first == count;
+    bool joins = false;
     for (std::size_t i = 0; i + (closed ? 0 : 1) < count; ++i) {
-        const PointD a = points[i];
-        const PointD b = points[i + 1 == count ? 0 : i + 1];
+        const PointD a = points[(first + i) % count];
+        const PointD b = points[(first + i + 1) % count];
         const SegmentPart part = PartNearBox(a, b, box, 0);
-        if (part.to <= part.from) continue;
-        const PointD from = a + (b - a) * part.from;
-        const PointD to = a + (b - a) * part.to;
-        if (i == 0 || part.from > 0 || !cairo_has_current_point(cairo)) cairo_move_to(cairo, from.x, from.y);
-        cairo_line_to(cairo, to.x, to.y);
+        if (part.to > part.from) {
+            const PointD from = a + (b - a) * part.from;
+            const PointD to = a + (b - a) * part.to;
+            if (!joins || part.from > 0) cairo_move_to(cairo, from.x, from.y);
+            cairo_line_to(cairo, to.x, to.y);
+        }
+        joins = part.to > part.from && part.to == 1;
     }
+    if (isHeld && joins) cairo_close_path(cairo);
+}
+
+/// The dashes of a line as lines of their own, counted from where it begins.
+void AddFarDashes(cairo_t *cairo, const Box &box, const PointD *points, std::size_t count, bool closed,
+                  const DashPattern &dashes, std::vector<PointD> &scratch) {
+    if (count == 0) return;
+    CutIntoDashes(
+        dashes, points, count, closed, box, 0, scratch,
+        [&](const PointD *dash, std::size_t dashCount, bool, bool) { AddFarLine(cairo, box, dash, dashCount, false); });
 }
 
 /// Makes the geometry Cairo's path, for lines that reach so many pixels beyond their points, or with 0 for an area. The
-/// matrix is the identity afterwards.
-void SetPath(CairoScope &scope, Gdiplus::Graphics::State &state, const PathGeometry &geometry, double reach) {
+/// matrix is the identity afterwards. True when the path consists of the dashes, so that Cairo has none to cut.
+bool SetPath(CairoScope &scope, Gdiplus::Graphics::State &state, const PathGeometry &geometry, double reach,
+             const DashPattern &dashes = {}) {
     cairo_t *const cairo = scope.Get();
     const Box box = NearBox(state, reach);
     if (Holds(box, geometry, state.CairoMap())) {
         scope.UseWorldUnits();
         for (const PathGeometry::Figure &figure : geometry.Figures()) AddFigure(cairo, geometry, figure);
         cairo_identity_matrix(cairo);
-        return;
+        return false;
     }
     Chains &chains = state.scratch.chains;
     chains.Flatten(geometry, state.CairoMap());
@@ -97,10 +118,13 @@ void SetPath(CairoScope &scope, Gdiplus::Graphics::State &state, const PathGeome
         const PointD *const points = chains.points.data() + figure.first;
         if (reach == 0) {
             AddFarRing(cairo, box, points, figure.count);
-        } else {
+        } else if (dashes.IsSolid()) {
             AddFarLine(cairo, box, points, figure.count, figure.closed);
+        } else {
+            AddFarDashes(cairo, box, points, figure.count, figure.closed, dashes, state.scratch.dash);
         }
     }
+    return !dashes.IsSolid();
 }
 
 cairo_antialias_t AntialiasOf(const Gdiplus::Graphics::State &state) {
@@ -133,7 +157,7 @@ cairo_line_cap_t CapOf(int cap) {
 
 /// Cairo has one cap for both ends and for dashes: a dashed line takes that of the dashes, a solid one that of its
 /// start unless it is flat.
-void SetPen(cairo_t *cairo, const Gdiplus::Pen &pen, double width, const DashPattern &dashes) {
+void SetPen(cairo_t *cairo, const Gdiplus::Pen &pen, double width, const DashPattern &dashes, bool areCut) {
     cairo_set_line_width(cairo, width);
     cairo_set_line_join(cairo, JoinOf(pen.GetLineJoin()));
     cairo_set_miter_limit(cairo, pen.GetMiterLimit());
@@ -143,6 +167,7 @@ void SetPen(cairo_t *cairo, const Gdiplus::Pen &pen, double width, const DashPat
         return;
     }
     cairo_set_line_cap(cairo, CapOf(pen.GetDashCap()));
+    if (areCut) return;
     const std::vector<double> lengths = dashes.Lengths();
     cairo_set_dash(cairo, lengths.data(), static_cast<int>(lengths.size()), dashes.Offset());
 }
@@ -181,8 +206,9 @@ void StrokeSmooth(Gdiplus::Graphics::State &state, const Gdiplus::Pen &pen, cons
         width *= 2;
     }
     constexpr double kMostReach = 1 << 20;
-    SetPath(scope, state, geometry, std::min(kMostReach, width * std::max(1.0F, pen.GetMiterLimit())));
-    SetPen(scope.Get(), pen, width, dashes);
+    const double reach = std::min(kMostReach, width * std::max(1.0F, pen.GetMiterLimit()));
+    const bool areCut = SetPath(scope, state, geometry, reach, dashes);
+    SetPen(scope.Get(), pen, width, dashes, areCut);
     cairo_set_antialias(scope.Get(), AntialiasOf(state));
     cairo_stroke(scope.Get());
 }

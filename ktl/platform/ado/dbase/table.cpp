@@ -407,12 +407,12 @@ void Table::UpdateHeader() {
 
 void Table::Commit() {
     if (m_committed) return;
+    UpdateHeader();
     FlushWindow();
     FlushRows();
     m_rowCount += m_newRowCount;
     if (m_newRowCount > 0) WriteCount();
     m_newRowCount = m_flushedRows = 0;
-    UpdateHeader();
     m_changes->fetch_add(1, std::memory_order_acq_rel);
     m_stamp = StampOf(m_file.Stat());
     m_committed = true;

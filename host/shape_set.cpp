@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "host/error.h"
-#include "ktl/layers/tree.h"
 #include "ktl/platform/gdiplus/gdiplus.h"
 #include "ktl/shapes/shape_point.h"
 #include "ktl/shapes/shape_polygon.h"
@@ -120,7 +119,7 @@ void ShapeSet::BuildIndex() {
     if (m_items.empty()) return;
     m_extent = m_items.front().shape->GetExtent();
     for (const Item &item : m_items) m_extent += item.shape->GetExtent();
-    m_tree = std::make_unique<CTree>();
+    m_tree.emplace();
     m_tree->InitTree(m_extent, static_cast<int>(m_items.size()), kShapesPerNode);
     for (std::size_t i = 0; i < m_items.size(); ++i) {
         m_tree->AddToTreeNode(m_items[i].shape->GetExtent(), static_cast<int>(i));

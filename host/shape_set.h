@@ -1,15 +1,16 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "host/ogr_source.h"
 #include "host/style.h"
 #include "ktl/core/extent.h"
+#include "ktl/layers/tree.h"
 #include "ktl/platform/gdiplus/forward.h"
 
 class CShape_Object;
-class CTree;
 
 namespace ktl::host {
 
@@ -70,7 +71,7 @@ class ShapeSet : public GeometrySink {
     std::vector<Item> m_byKind[kKindCount];
     std::vector<Item> m_items;
     CExtent m_extent;
-    std::unique_ptr<CTree> m_tree;
+    std::optional<CTree> m_tree;
 };
 
 }  // namespace ktl::host

@@ -4,6 +4,12 @@
 #include "ktl/platform/export.h"
 #include "ktl/platform/geometry.h"
 
+#ifdef __clang__
+// Containers of these records would make clang warn of a virtual operation without a virtual destructor. None is
+// deleted through its base, and a destructor that is called for every vertex would cost.
+#pragma clang system_header
+#endif
+
 /// A rectangle with upright sides. Nothing keeps left below right or bottom below top.
 class KTL_API EXTENT {
   public:

@@ -4,6 +4,12 @@
 
 class CArchive;
 
+#ifdef __clang__
+// Containers of these records would make clang warn of a virtual operation without a virtual destructor. None is
+// deleted through its base, and a destructor that is called for every vertex would cost.
+#pragma clang system_header
+#endif
+
 /// A place in world coordinates (or, where told, in degrees or client pixels); y grows upward in world space.
 class KTL_API POINTD {
   public:

@@ -105,6 +105,11 @@ TEST(Distance, OnTheSphereFollowsTheFormulaWithTheSine) {
         {10, 89, -170, 89, 222616.36851538648},
         {116.391, 39.907, 116.391, 39.9071, 11.131948749456749},
         {116.391, 39.907, 116.391, 39.907, 0},
+        // Each of these comes out otherwise when one rounding to single precision is left out, or both ways are mixed.
+        {120.142, 21.921, 122.747, 37.733, 1766400.5241967177},
+        {121.565, 46.364, 121.424, 47.633, 141663.55414284108},
+        {109.659, 30.013, 125.006, 33.153, 1488395.8872758211},
+        {100.602, 38.474, 118.965, 21.802, 2519401.0174778095},
     };
     for (const auto &c : cases) EXPECT_DOUBLE_EQ(KtlGetDistance(c[0], c[1], c[2], c[3]), c[4]);
 }

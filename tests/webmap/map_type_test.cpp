@@ -65,7 +65,7 @@ TEST(Mosaic, IsHalvedCoarselyAndThenGrownBack) {
         // 10x10, 10x5, 5x5 fits; back from 10x5: 9x5, 8x5, 7x5, 6x5 fits.
         {10, 10, 30, {6, 5, 2, 2}},
         // 9x9, 9x4 fits; back from 9x9: 8x8, 7x7, 6x6 fits.
-        {9, 9, 36, {6, 6, 2, 2}},
+        {9, 9, 42, {6, 6, 2, 2}},
         {1, 7, 2, {1, 2, 1, 4}},
     };
     for (const Case &c : cases) {

@@ -4,7 +4,9 @@
 #include <gdal_priv.h>
 #include <ogr_spatialref.h>
 #include <ogrsf_frmts.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <cmath>
 #include <cstring>
 #include <filesystem>
@@ -57,7 +59,8 @@ std::string Quoted(const std::string &name) {
 std::string WhyNotOpened(const std::string &path, const GdalMessages &messages) {
     std::error_code error;
     const auto status = std::filesystem::status(path, error);
-    if (!std::filesystem::exists(status)) return "no such file or directory";
+    if (status.type() == std::filesystem::file_type::not_found) return "no such file or directory";
+    if (access(path.c_str(), R_OK) != 0 && errno != ENOENT) return std::strerror(errno);
     if (std::filesystem::is_regular_file(status) && std::filesystem::file_size(path, error) == 0 && !error) {
         return "the file is empty";
     }

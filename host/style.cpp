@@ -14,6 +14,7 @@ namespace ktl::host {
 namespace {
 
 constexpr short kInvisible = 0;
+constexpr int kLineRail = 3;
 constexpr int kLineDashed = 4;
 constexpr short kLastHatch = 52;
 
@@ -25,7 +26,7 @@ struct NamedLineStyle {
 constexpr NamedLineStyle kLineStyles[] = {
     {"solid", 1, 0},
     {"cased", 2, 0},
-    {"rail", 3, 0},
+    {"rail", kLineRail, 0},
     {"dash", kLineDashed, Gdiplus::DashStyleDash},
     {"dot", kLineDashed, Gdiplus::DashStyleDot},
     {"dashdot", kLineDashed, Gdiplus::DashStyleDashDot},
@@ -45,12 +46,20 @@ void SetUpPoint(CLegend_Point &legend, const Style &style) {
     const CString path = FromUtf8(style.symbol);
     if (ToUtf8(path) == style.symbol) legend.SetSymbolFilePath(path);
     if (legend.GetBitmapSymbol() != nullptr && legend.GetBitmapSymbol()->GetLastStatus() == Gdiplus::Ok) return;
-    throw Error("cannot read the symbol '" + style.symbol + "': not a .png or .gif picture that can be read");
+    std::error_code ignored;
+    const bool exists = std::filesystem::exists(style.symbol, ignored);
+    throw Error("cannot read the symbol '" + style.symbol +
+                (exists ? "': not a .png or .gif picture that can be read" : "': no such file or directory"));
+}
+
+// A rail is white inside whatever its colour: only its casing can show that colour.
+COLORREF DefaultCasing(const Style &style) {
+    return style.lineStyle == kLineRail ? style.line.value_or(0) : RGB(0xFF, 0xFF, 0xFF);
 }
 
 void SetUpLine(CLegend_Polyline &legend, const Style &style) {
     legend.SetForeColor(style.line.value_or(0));
-    legend.SetBackColor(style.casing);
+    legend.SetBackColor(style.casing.value_or(DefaultCasing(style)));
     legend.SetSize(style.lineWidth);
     legend.SetAlpha(style.line ? style.alpha : kInvisible);
     legend.SetLineStyle(style.lineStyle);

@@ -18,7 +18,7 @@ struct Style {
     std::optional<COLORREF> line = RGB(0x5B, 0x6F, 0x85);
     std::optional<COLORREF> point = RGB(0xC0, 0x39, 0x2B);
     std::optional<COLORREF> pointLine = RGB(0xFF, 0xFF, 0xFF);
-    COLORREF casing = RGB(0xFF, 0xFF, 0xFF);     ///< the outer colour of cased lines
+    std::optional<COLORREF> casing;              ///< around cased lines; without one white, or `line` for style 3
     COLORREF hatchBack = RGB(0xFF, 0xFF, 0xFF);  ///< between the lines of a hatch
     short alpha = 255;                           ///< 0 to 255, for all of the above
     short lineWidth = 1;                         ///< 1 to 64 pixels

@@ -49,7 +49,8 @@ OPTIONS
     --line-width N        their width in pixels, 1 to 64 (1)
     --line-style NAME     of lines: solid, cased, rail, dash, dot, dashdot or dashdotdot (solid)
     --dash A,B[,...]      dash lines by this pattern: lengths of dashes and gaps in line widths
-    --casing COLOR        the outer colour of cased, rail and dashed lines, one pixel wider on each side (white)
+    --casing COLOR        the outer colour of cased, rail and dashed lines, one pixel wider on each side (white; for
+                          rail, which is white inside, the colour of --line)
     --point COLOR|none    points (#C0392B)
     --point-line COLOR|none
                           the outline of points; none takes the colour of the points (white)

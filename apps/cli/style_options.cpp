@@ -96,7 +96,7 @@ const SourceOption kSourceOptions[] = {
     {"--line-style", "solid, cased, rail, dash, dot, dashdot or dashdotdot",
      [](StyledSource &s, const std::string &v) { return host::SetLineStyleByName(s.style, v); }},
     {"--dash", "2 to 16 lengths above 0, as 6,3", SetDashes},
-    {"--casing", kColor, [](StyledSource &s, const std::string &v) { return SetColor(s.style.casing, v); }},
+    {"--casing", kColor, [](StyledSource &s, const std::string &v) { return SetColor(s.style.casing.emplace(), v); }},
     {"--point", kColorOrNone, [](StyledSource &s, const std::string &v) { return SetColorOrNone(s.style.point, v); }},
     {"--point-line", kColorOrNone,
      [](StyledSource &s, const std::string &v) { return SetColorOrNone(s.style.pointLine, v); }},

@@ -141,11 +141,13 @@ TEST_F(OgrSource, LayerAndFilterChoose) {
 
 TEST_F(OgrSource, WhatCannotBeReadSaysWhyInOneLine) {
     const std::string whole = CollectionOf(FeatureOf(R"({"type":"Point","coordinates":[1,2]})"));
+    std::filesystem::create_symlink("loop.geojson", m_folder.Path("loop.geojson"));
     struct {
         std::string path;
         const char *part;
     } const cases[] = {
         {m_folder.Path("missing.geojson"), "no such file or directory"},
+        {m_folder.Path("loop.geojson"), "symbolic links"},
         {m_folder.Write("empty.geojson", ""), "the file is empty"},
         {m_folder.Write("cut.geojson", whole.substr(0, whole.size() / 2)), "cannot read"},
         {m_folder.Write("picture.png", "\x89PNG\r\n\x1a\n"), "cannot read"},

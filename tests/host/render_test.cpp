@@ -233,6 +233,7 @@ TEST_F(RenderTest, LineStylesAndHatchesReachThePicture) {
         {"wide", [](Style &s) { s.lineWidth = 7; }, 2},
         {"cased", [](Style &s) { SetLineStyleByName(s, "cased"), s.casing = kGreen, s.lineWidth = 5; }, 3},
         {"rail", [](Style &s) { SetLineStyleByName(s, "rail"), s.casing = kGreen, s.lineWidth = 5; }, 2},
+        {"rail alone", [](Style &s) { SetLineStyleByName(s, "rail"), s.lineWidth = 5; }, 2},
         {"dashed", [](Style &s) { SetLineStyleByName(s, "dash"), s.casing = kGreen, s.lineWidth = 5; }, 3},
         {"no line", [](Style &s) { s.line.reset(); }, 1},
         {"half there", [](Style &s) { s.alpha = 128; }, 2},

@@ -119,12 +119,11 @@ void ShapeSet::BuildIndex() {
     if (m_items.empty()) return;
     m_extent = m_items.front().shape->GetExtent();
     for (const Item &item : m_items) m_extent += item.shape->GetExtent();
-    m_tree.emplace();
-    m_tree->InitTree(m_extent, static_cast<int>(m_items.size()), kShapesPerNode);
+    m_tree.InitTree(m_extent, static_cast<int>(m_items.size()), kShapesPerNode);
     for (std::size_t i = 0; i < m_items.size(); ++i) {
-        m_tree->AddToTreeNode(m_items[i].shape->GetExtent(), static_cast<int>(i));
+        m_tree.AddToTreeNode(m_items[i].shape->GetExtent(), static_cast<int>(i));
     }
-    m_tree->TrimNullTreeNode();
+    m_tree.TrimNullTreeNode();
 }
 
 // How far a shape's drawing reaches beyond its extent.
@@ -134,10 +133,9 @@ double ShapeSet::MarginPixels() {
 
 long long ShapeSet::Draw(Gdiplus::Graphics &graphics, double ratio, const CExtent &view,
                          const ProgressCallback &progress) {
-    if (!m_tree) return 0;
     const CExtent reach = Grown(view, MarginPixels() / ratio);
     CArray<int, int> found;
-    m_tree->FindShapeID(reach, found);
+    m_tree.FindShapeID(reach, found);
     std::sort(found.begin(), found.end());
     long long drawn = 0;
     std::size_t visited = 0;

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <memory>
-#include <optional>
 #include <vector>
 
 #include "host/ogr_source.h"
@@ -71,7 +70,7 @@ class ShapeSet : public GeometrySink {
     std::vector<Item> m_byKind[kKindCount];
     std::vector<Item> m_items;
     CExtent m_extent;
-    std::optional<CTree> m_tree;
+    CTree m_tree;
 };
 
 }  // namespace ktl::host

@@ -139,7 +139,7 @@ TEST_F(Cli, WhatCannotBeDrawnIsOneLineStatusOneAndNoFile) {
         {{m_square, "--layer", "x", "-o", png}, "no layer 'x'"},
         {{m_square, "--where", "x = ", "-o", png}, "bad filter"},
         {{m_square, "--symbol", symbol, "-o", png}, "symbol"},
-        {{m_square, "--symbol", m_in.Path("none.png"), "-o", png}, "symbol"},
+        {{m_square, "--symbol", m_in.Path("none.png"), "-o", png}, "no such file"},
         {{m_square, "-o", Out("a.webp")}, "extension"},
         {{m_square, "-o", Out("a")}, "extension"},
         {{m_square, "-o", Out("no/such/a.png")}, "no directory"},
@@ -257,6 +257,24 @@ TEST_F(Cli, AStyleOptionAppliesToTheSourceBeforeIt) {
     // Level 4: 2048 pixels round the world, so 7 degrees are some 40 pixels.
     EXPECT_EQ(PixelAt(*picture, 128 + 40, 128), 0x00FF00U);
     EXPECT_EQ(PixelAt(*picture, 128 + 80, 128), 0xFFFF00U);
+}
+
+TEST_F(Cli, ASymbolStandsOnItsPoint) {
+    const std::string symbol = m_in.Path("symbol.png");
+    ASSERT_EQ(Render({m_square, "-o", symbol, "--size", "20x20", "--fill", "blue", "--line", "none", "--background",
+                      "lime", "--center", "0,0", "--level", "1"})
+                  .status,
+              0);
+    const std::string point = m_in.Write("a.csv", "id,WKT\n1,\"POINT (0 0)\"\n");
+    ASSERT_EQ(
+        Render({point, "--symbol", symbol, "-o", Out("a.png"), "--size", "100x100", "--center", "0,0", "--level", "5"})
+            .status,
+        0);
+    const Picture picture = OpenPicture(Out("a.png"));
+    ASSERT_NE(picture, nullptr);
+    EXPECT_EQ(PixelAt(*picture, 50, 50), 0x0000FFU) << "the symbol's middle";
+    EXPECT_EQ(PixelAt(*picture, 41, 41), 0x00FF00U) << "the symbol's corner";
+    EXPECT_EQ(PixelAt(*picture, 35, 50), 0xFFFFFFU) << "beside the symbol";
 }
 
 TEST_F(Cli, NamesOutsideGbkAreKept) {

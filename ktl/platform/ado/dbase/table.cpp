@@ -1,6 +1,7 @@
 #include "ktl/platform/ado/dbase/table.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <limits>
 
@@ -72,10 +73,13 @@ Table::Stamp Table::StampOf(const FileInfo &info) const {
 }
 
 bool Table::Begin(sql::Access access) {
-    if (access == sql::Access::Write && m_file.IsOpen() && !m_file.IsWritable()) {
-        ThrowFileError("written", m_file.GetPath(), EACCES);
-    }
+    const auto requireWritable = [&] {
+        if (access == sql::Access::Write && !m_file.IsWritable()) {
+            ThrowFileError("written", m_file.GetPath(), EACCES);
+        }
+    };
     if (m_depth > 0) {
+        requireWritable();
         if (access == sql::Access::Write && !m_writing && !LockFor(access)) {
             throw Error("The table is in use by another.", error_number::kInUseByAnother);
         }
@@ -85,6 +89,7 @@ bool Table::Begin(sql::Access access) {
     }
     if (!OpenTables::Instance().SetBusy(m_place, true)) return false;
     try {
+        requireWritable();
         const bool good = BeginOnFile(access);
         if (!good) OpenTables::Instance().SetBusy(m_place, false);
         return good;

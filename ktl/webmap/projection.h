@@ -2,8 +2,6 @@
 
 #include <cmath>
 
-#include "ktl/platform/export.h"
-
 /// \file
 /// Between degrees, the normalised square and Web Mercator metres. The square runs from -0.5 to 0.5 both ways, y
 /// upward, centred on longitude and latitude 0. In the names X and Y mean the square, L and B longitude and latitude in
@@ -58,9 +56,48 @@ inline void KtlGetLB(const double &x, const double &y, double &l, double &b) {
     b = KtlGetB(normalisedY);
 }
 
+namespace ktl {
+
+/// The same number, out of the compiler's sight: what was computed is rounded here, whatever a program's own flags
+/// would fuse, widen or leave unrounded.
+template <class Real>
+inline Real Rounded(Real value) {
+#if defined(__x86_64__)
+    asm("" : "+x"(value));
+#elif defined(__aarch64__)
+    asm("" : "+w"(value));
+#else
+    volatile Real kept = value;
+    value = kept;
+#endif
+    return value;
+}
+
+inline double MetresX(double l) {
+    return EARTH_RADIUS * l * PI_SINGLE / 180.0;
+}
+inline double MetresY(double b) {
+    const float u = Rounded(static_cast<float>(Rounded(b * PI_SINGLE / 180.0 * 0.5) + QUARTER_PI_SINGLE));
+    const float tangent = Rounded(static_cast<float>(std::tan(static_cast<double>(u))));
+    return std::log(static_cast<double>(tangent)) * EARTH_RADIUS;
+}
+
+}  // namespace ktl
+
 /// Metres, from the square when `isLB` is 0 and from degrees otherwise; y has the precision of single floats. The
 /// inputs are not changed.
-KTL_API void KtlGetProjectXY(double &a, double &b, double &px, double &py, int isLB);
+inline void KtlGetProjectXY(double &a, double &b, double &px, double &py, int isLB) {
+    const double l = isLB == 0 ? KtlGetL(a) : a;
+    const double latitude = isLB == 0 ? KtlGetB(b) : b;
+    px = ktl::MetresX(l);
+    py = ktl::MetresY(latitude);
+}
 /// As above for one axis; but when `isLB` is 0 the input becomes the degrees, so a second call on it differs.
-KTL_API double KtlGetProjectX(double &a, int isLB);
-KTL_API double KtlGetProjectY(double &b, int isLB);
+inline double KtlGetProjectX(double &a, int isLB) {
+    if (isLB == 0) a = KtlGetL(a);
+    return ktl::MetresX(a);
+}
+inline double KtlGetProjectY(double &b, int isLB) {
+    if (isLB == 0) b = KtlGetB(b);
+    return ktl::MetresY(b);
+}

@@ -10,6 +10,7 @@ namespace ktl::cli {
 namespace {
 
 constexpr std::chrono::milliseconds kBetweenLines{100};
+constexpr int kStopSignals[] = {SIGINT, SIGTERM};
 
 volatile std::sig_atomic_t interrupted = 0;
 
@@ -21,7 +22,7 @@ void WatchInterrupt() {
     struct sigaction action = {};
     action.sa_handler = OnInterrupt;
     action.sa_flags = static_cast<int>(SA_RESETHAND);
-    sigaction(SIGINT, &action, nullptr);
+    for (const int signal : kStopSignals) sigaction(signal, &action, nullptr);
 }
 
 }  // namespace
@@ -33,7 +34,7 @@ TerminalProgress::TerminalProgress()
 
 TerminalProgress::~TerminalProgress() {
     if (m_shown) std::fputs("\r\033[K", stderr);
-    std::signal(SIGINT, SIG_DFL);
+    for (const int signal : kStopSignals) std::signal(signal, SIG_DFL);
 }
 
 host::ProgressCallback TerminalProgress::Callback() {

@@ -7,7 +7,7 @@
 namespace ktl::cli {
 
 /// Shows progress in one line of standard error that renews itself, if that is a terminal, and stops the run after
-/// Ctrl-C. A second Ctrl-C ends the program at once. The line is wiped with the object.
+/// Ctrl-C or a termination signal. A second one ends the program at once. The line is wiped with the object.
 class TerminalProgress {
   public:
     TerminalProgress();

@@ -277,6 +277,24 @@ TEST_F(Cli, ASymbolStandsOnItsPoint) {
     EXPECT_EQ(PixelAt(*picture, 35, 50), 0xFFFFFFU) << "beside the symbol";
 }
 
+// The signal must arrive while the run lasts, however fast the machine is: each try waits longer.
+TEST_F(Cli, AStoppedRunSaysSoAndLeavesNothing) {
+    std::string points = "id,WKT\n";
+    for (int i = 0; i < 60000; ++i) points += std::to_string(i) + ",\"POINT (" + std::to_string(i % 170) + " 1)\"\n";
+    const std::string source = m_in.Write("points.csv", points);
+    for (const char *const signal : {"INT", "TERM"}) {
+        CommandResult result;
+        for (double seconds = 0.02; seconds < 20 && result.err.empty(); seconds *= 1.3) {
+            result = RunCommand("/usr/bin/timeout", {"--preserve-status", "-s", signal, std::to_string(seconds),
+                                                     KTL_COMMAND, "render", source, "-o", Out("a.png"), "--georef"});
+            if (result.status == 0) break;
+        }
+        EXPECT_EQ(result.status, 130) << signal;
+        EXPECT_EQ(result.err, "ktl render: interrupted\n") << signal;
+        EXPECT_EQ(m_out.Count(), 0) << signal;
+    }
+}
+
 TEST_F(Cli, NamesOutsideGbkAreKept) {
     const std::string name = "карта-ñ-誠-🗺";
     const std::string source = m_in.Write(name + ".geojson", SquareOf("10"));

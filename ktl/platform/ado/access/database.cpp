@@ -22,6 +22,9 @@ constexpr std::uint64_t kJet3PageSize = 2048;
 constexpr std::uint64_t kPageSize = 4096;
 /// The first page and the catalogue's.
 constexpr std::uint64_t kLeastPages = 3;
+constexpr std::uint32_t kCataloguePage = 2;
+/// A kind byte and a page number; libmdb takes them for granted.
+constexpr std::size_t kLeastMapSize = 5;
 
 [[noreturn]] void ThrowFile(const std::string &path, const char *what, int number) {
     throw Error("\"" + FromUtf8(path) + "\" " + what, number);
@@ -38,17 +41,14 @@ Database::Database(const std::string &systemPath) : m_path(systemPath) {
     const Quiet quiet;
     MdbHandle *mdb = ::mdb_open(m_path.c_str(), MDB_NOFLAGS);
     if (!mdb) ThrowFile(m_path, "cannot be read as an Access file.", error_number::kNotATable);
-    if (!::mdb_read_catalog(mdb, MDB_TABLE)) {
-        ::mdb_close(mdb);
-        ThrowDamaged("its list of tables cannot be read");
-    }
-    m_handle = new LibraryHandle{mdb};
+    m_handle = std::make_unique<LibraryHandle>();
+    m_handle->mdb = mdb;
+    AddTable(kCatalogueName, kCataloguePage, true);
 }
 
 Database::~Database() {
     const Quiet quiet;
     ::mdb_close(m_handle->mdb);
-    delete m_handle;
 }
 
 /// Files are written in whole pages: any other size is that of a cut-off one, of which libmdb would give what is left.
@@ -77,29 +77,37 @@ bool Database::IsCurrent() const {
 
 std::vector<CString> Database::ListTables() const {
     std::vector<CString> names;
-    const GPtrArray *catalog = m_handle->mdb->catalog;
-    for (guint i = 0; i < catalog->len; ++i) {
-        auto *entry = static_cast<MdbCatalogEntry *>(catalog->pdata[i]);
-        if (::mdb_is_user_table(entry)) names.push_back(FromUtf8(entry->object_name));
+    for (const Entry &entry : m_entries) {
+        if (!entry.system) names.push_back(entry.name);
     }
     return names;
 }
 
+void Database::AddTable(const CString &name, std::uint32_t page, bool system) {
+    m_entries.push_back({name, page, system});
+}
+
 S_MdbTableDef *Database::ReadTable(const CString &name) const {
-    const Quiet quiet;
-    const GPtrArray *catalog = m_handle->mdb->catalog;
-    for (guint i = 0; i < catalog->len; ++i) {
-        auto *entry = static_cast<MdbCatalogEntry *>(catalog->pdata[i]);
-        if (entry->object_type != MDB_TABLE || !EqualNames(FromUtf8(entry->object_name).View(), name.View())) continue;
-        MdbTableDef *table = ::mdb_read_table(entry);
-        if (!table) ThrowDamaged("the definition of table \"" + name + "\" cannot be read");
-        if (!::mdb_read_columns(table) || table->columns->len != table->num_cols || table->num_cols > MDB_MAX_COLS) {
-            ::mdb_free_tabledef(table);
-            ThrowDamaged("the columns of table \"" + name + "\" cannot be read");
-        }
-        return table;
+    for (const Entry &entry : m_entries) {
+        if (EqualNames(entry.name.View(), name.View())) return ReadDefinition(entry);
     }
     return nullptr;
+}
+
+S_MdbTableDef *Database::ReadDefinition(const Entry &entry) const {
+    const Quiet quiet;
+    MdbCatalogEntry &source = m_handle->entries[entry.page];
+    source.mdb = m_handle->mdb;
+    source.object_type = MDB_TABLE;
+    source.table_pg = entry.page;
+    MdbTableDef *table = ::mdb_read_table(&source);
+    if (!table) ThrowDamaged("the definition of table \"" + entry.name + "\" cannot be read");
+    if (!table->usage_map || table->map_sz < kLeastMapSize || table->num_cols > MDB_MAX_COLS ||
+        !::mdb_read_columns(table) || table->columns->len != table->num_cols) {
+        ::mdb_free_tabledef(table);
+        ThrowDamaged("the columns or the map of table \"" + entry.name + "\" cannot be read");
+    }
+    return table;
 }
 
 }  // namespace ktl::ado::access

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -31,18 +32,30 @@ class KTL_API Database {
 
     /// The user's tables in the order of the catalogue.
     std::vector<CString> ListTables() const;
+    /// Tells of a table whose definition begins on that page; until then only the catalogue itself is known.
+    void AddTable(const CString &name, std::uint32_t page, bool system);
     /// The definition with its columns, to be freed by the caller; null when there is no table of that name. Throws
     /// Error when it is damaged.
     S_MdbTableDef *ReadTable(const CString &name) const;
     LibraryHandle &GetHandle() const { return *m_handle; }
 
   private:
+    struct Entry {
+        CString name;
+        std::uint32_t page;
+        bool system;
+    };
     void CheckFile();
+    S_MdbTableDef *ReadDefinition(const Entry &entry) const;
 
     std::string m_path;
     FileInfo m_info;
-    LibraryHandle *m_handle = nullptr;
+    std::unique_ptr<LibraryHandle> m_handle;
+    std::vector<Entry> m_entries;
 };
+
+/// The name of the table that lists all tables.
+inline constexpr const char *kCatalogueName = "MSysObjects";
 
 /// Throws the Error for a file whose content contradicts itself; `what` names the place.
 [[noreturn]] KTL_API void ThrowDamaged(const CString &what);

@@ -1,6 +1,11 @@
 #pragma once
 
+// GLib's header has templates, and libmdb's includes it where everything has C linkage.
+#include <glib.h>
+
 #include <mdbtools.h>
+
+#include <map>
 
 #include "ktl/platform/ado/access/database.h"
 
@@ -9,6 +14,8 @@ namespace ktl::ado::access {
 /// libmdb's handle under a name that public headers can declare.
 struct LibraryHandle {
     MdbHandle *mdb;
+    /// What its table definitions point to, by the page of the definition.
+    std::map<std::uint32_t, MdbCatalogEntry> entries;
 };
 
 /// The offset of a row in its page without the flags in the upper bits.

@@ -14,11 +14,6 @@ MdbColumn &ColumnAt(const MdbTableDef *table, std::size_t column) {
     return *static_cast<MdbColumn *>(table->columns->pdata[column]);
 }
 
-bool IsRequired(const MdbColumn &column) {
-    const char *required = ::mdb_col_get_prop(&column, "Required");
-    return required && (*required == 'y' || *required == 'Y');
-}
-
 }  // namespace
 
 Table::Table(std::shared_ptr<Database> database, const CString &name)
@@ -43,7 +38,6 @@ void Table::DescribeColumns() {
         const auto type = static_cast<FieldType>(source.col_type);
         Column column = DescribeField(type, source.col_size, characterBytes, source.col_prec, source.col_scale);
         column.name = FromUtf8(source.name);
-        column.nullable = column.nullable && !IsRequired(source);
         m_columns.push_back(std::move(column));
         m_types.push_back(type);
     }

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <limits>
 
 #include "tests/platform/gdiplus/canvas.h"
 #include "tests/support/sha256.h"
@@ -401,6 +402,30 @@ TEST(CrispDashes, ThePhaseRunsOnRoundCornersAndRestartsInTheNextFigure) {
     EXPECT_NE(c.At(13, 12), 0U);
     EXPECT_EQ(c.At(13, 13), 0U);
     EXPECT_EQ(c.Row(10, 38, 52), "..######......#");
+}
+
+/// Coordinates beyond any pixel and offsets of many patterns end, and the phase in sight is right.
+TEST(CrispDashes, FarStartsAndLargeOffsetsEnd) {
+    constexpr REAL kHuge = 1e30F;
+    constexpr REAL kInfinite = std::numeric_limits<REAL>::infinity();
+    for (const SmoothingMode mode : {SmoothingModeNone, SmoothingModeAntiAlias}) {
+        for (const REAL width : {1.0F, 4.0F}) {
+            Canvas c;
+            c.graphics.SetSmoothingMode(mode);
+            Pen pen(kRed, width);
+            pen.SetDashStyle(DashStyleDash);
+            const PointF far[] = {{-kHuge, 5}, {kHuge, 5}, {kInfinite, -kInfinite}, {3, -kHuge}};
+            EXPECT_EQ(c.graphics.DrawPolygon(&pen, far, 4), Ok);
+            pen.SetDashOffset(kHuge);
+            EXPECT_EQ(c.graphics.DrawLine(&pen, 0, 50, 99, 50), Ok);
+        }
+    }
+    Canvas c;
+    Pen pen(kRed, 4);
+    pen.SetDashStyle(DashStyleDash);
+    pen.SetDashOffset(4000001);
+    c.graphics.DrawLine(&pen, 0, 50, 99, 50);
+    EXPECT_EQ(c.Row(50, 0, 19), "########....########");
 }
 
 TEST(CrispDashes, RefusedPatterns) {

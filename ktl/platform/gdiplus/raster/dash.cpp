@@ -13,12 +13,13 @@ constexpr double kShortestEntry = 1.0 / 64;
 
 }  // namespace
 
-DashPattern::DashPattern(const std::vector<double> &lengths, double offset) : m_offset(offset) {
+DashPattern::DashPattern(const std::vector<double> &lengths, double offset) {
     const std::size_t entries = lengths.size() % 2 == 0 ? lengths.size() : lengths.size() * 2;
     double total = 0;
     for (std::size_t i = 0; i < entries; ++i) {
         m_bounds.push_back(total += std::max(lengths[i % lengths.size()], kShortestEntry));
     }
+    m_offset = Reduced(offset);
 }
 
 DashPattern::Place DashPattern::At(double distance) const {

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <algorithm>
+#include <cmath>
 #include <cstddef>
+#include <utility>
 #include <vector>
 
 #include "ktl/platform/gdiplus/raster/geometry.h"
@@ -37,6 +40,8 @@ class DashPattern {
     /// The entries, an even number, and the distance into them at which a line starts.
     std::vector<double> Lengths() const;
     double Offset() const { return m_offset; }
+    /// The distance without whole runs of the pattern, so that sums of many lengths stay exact enough to step on.
+    double Reduced(double distance) const { return std::fmod(distance, Period()); }
 
   private:
     /// Where the entries end, from the pattern's beginning; always an even number of entries.
@@ -59,10 +64,18 @@ struct SegmentPart {
 };
 SegmentPart PartNearBox(PointD a, PointD b, const Box &box, double reach);
 
+/// The point held within the limits of the scan converter; not-a-number is 0. Farther out the steps of a pattern would
+/// be lost in rounding.
+inline PointD Held(PointD p) {
+    const auto held = [](double v) { return std::isnan(v) ? 0.0 : std::clamp(v, -kMaxPixel, kMaxPixel); };
+    return {held(p.x), held(p.y)};
+}
+
 template <class Dash>
 void CutIntoDashes(const DashPattern &pattern, const PointD *points, std::size_t count, bool closed, const Box &box,
                    double reach, std::vector<PointD> &scratch, Dash &&dash) {
     double distance = 0;
+    bool isFirst = true;
     bool open = false;
     bool atStart = true;
     scratch.clear();
@@ -74,14 +87,15 @@ void CutIntoDashes(const DashPattern &pattern, const PointD *points, std::size_t
     };
     const std::size_t segments = closed ? count : count - 1;
     for (std::size_t i = 0; i < segments; ++i) {
-        const PointD a = points[i];
-        const PointD b = points[i + 1 == count ? 0 : i + 1];
+        const PointD a = Held(points[i]);
+        const PointD b = Held(points[i + 1 == count ? 0 : i + 1]);
         const double length = std::hypot(b.x - a.x, b.y - a.y);
         if (length == 0) continue;
+        const bool isFromStart = std::exchange(isFirst, false);
         const SegmentPart part = PartNearBox(a, b, box, reach);
         if (part.to <= part.from) {
             finish(false);
-            distance += length;
+            distance = pattern.Reduced(distance + length);
             continue;
         }
         // Dashes are whole ones also where the box cuts them: their corners are then the same from wherever one looks.
@@ -90,7 +104,7 @@ void CutIntoDashes(const DashPattern &pattern, const PointD *points, std::size_t
         if (part.from > 0 || (open && !place.isOn())) finish(false);
         if (place.isOn() && !open) {
             open = true;
-            atStart = distance == 0 && pattern.Begin(place) <= 0;
+            atStart = isFromStart && pattern.Begin(place) <= 0;
             scratch.push_back(pointAt(pattern.Begin(place) - distance));
         }
         const double end = distance + part.to * length;
@@ -107,7 +121,7 @@ void CutIntoDashes(const DashPattern &pattern, const PointD *points, std::size_t
         }
         if (open) scratch.push_back(pointAt(pattern.End(place) - distance));
         if (part.to < 1) finish(false);
-        distance += length;
+        distance = pattern.Reduced(distance + length);
     }
     finish(true);
 }

@@ -306,7 +306,7 @@ void StepDashedLines(const Put &put, const Box &clip, const FixedPoint *points, 
         const double length = std::hypot(static_cast<double>(b.x - a.x), static_cast<double>(b.y - a.y)) / kUnit;
         if (length == 0) continue;
         StepDashedSegment<kUnit>(put, clip, a, b, pattern, distance, length);
-        distance += length;
+        distance = pattern.Reduced(distance + length);
     }
     const FixedPoint end = points[count - 1];
     const std::int64_t x = FloorDiv<std::int64_t>(end.x + kUnit / 2, kUnit);

@@ -106,12 +106,14 @@ void WalkChain(const P *points, std::size_t count, bool closed, Segment &&segmen
 }  // namespace
 
 double StrokeStyle::Reach() const {
+    // A spike longer than that is left out: looking for it would cost more than it shows.
+    constexpr double kMostReach = 1 << 20;
     const double half = width / 2;
     const double corner = join == Gdiplus::LineJoinMiter || join == Gdiplus::LineJoinMiterClipped
                               ? half * std::max(1.0, miterLimit)
                               : half;
     const bool hasAnchor = ((startCap | endCap) & Gdiplus::LineCapAnchorMask) != 0;
-    return std::max(corner, hasAnchor ? width * 2 : half * std::numbers::sqrt2) + 2;
+    return std::min(kMostReach, std::max(corner, hasAnchor ? width * 2 : half * std::numbers::sqrt2) + 2);
 }
 
 void Stroker::SetUp(const StrokeStyle &style, bool closed, const Box &box, SpanSink &sink) {

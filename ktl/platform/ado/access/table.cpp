@@ -49,13 +49,14 @@ void Table::Rewind() {
     m_page = 0;
     m_rowCount = 0;
     m_nextRow = 0;
+    m_metRows = false;
 }
 
 bool Table::Next() {
     if (m_page != 0) RequirePage();
     for (;;) {
         while (m_nextRow < m_rowCount) {
-            if (LoadRow(m_nextRow++)) return true;
+            if (LoadRow(m_nextRow++)) return m_metRows = true;
         }
         if (!NextPage()) return false;
     }
@@ -75,6 +76,8 @@ bool Table::NextPage() {
     if (::mdb_map_find_next(mdb, m_table->usage_map, size, m_table->cur_phys_pg) > 0) {
         ThrowDamaged("pages of table \"" + m_name + "\" are missing");
     }
+    // A map that got lost names no page at all.
+    if (!m_metRows && m_table->num_rows > 0) ThrowDamaged("the rows of table \"" + m_name + "\" are missing");
     return false;
 }
 

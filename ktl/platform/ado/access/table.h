@@ -59,6 +59,7 @@ class KTL_API Table final : public sql::Table {
     std::uint32_t m_row = 0;
     std::uint32_t m_rowCount = 0;
     std::uint32_t m_nextRow = 0;
+    bool m_metRows = false;
     std::vector<Place> m_places;
     std::optional<Quiet> m_quiet;
 };

@@ -18,5 +18,6 @@ class UsageError : public std::runtime_error {
 /// Each adds a command to the program. The command runs when the command line is parsed, from its callback, and throws
 /// `UsageError`, `host::Error` or `host::Interrupted` when it fails.
 void AddRenderCommand(CLI::App &program);
+void AddTableCommand(CLI::App &program);
 
 }  // namespace ktl::cli

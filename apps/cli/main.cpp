@@ -18,6 +18,7 @@ SYNOPSIS
 
 COMMANDS
     render    draw map files into a georeferenced image
+    table     look into attribute tables and send them statements
 
     'ktl COMMAND --help' tells about a command.
 
@@ -86,5 +87,6 @@ int main(int argc, char **argv) {
     program.set_version_flag("--version", "ktl " KTL_VERSION);
     program.require_subcommand(0, 1);
     AddRenderCommand(program);
+    AddTableCommand(program);
     return Run(program, argc, argv);
 }

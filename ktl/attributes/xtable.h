@@ -74,6 +74,8 @@ class KTL_API CXTable : public CObject {
     void RemoveNewRecordAt(int index);
     /// Deleted rows count.
     int GetNewRecordCount() const { return arrNewRecords.GetSize(); }
+    /// A row of the buffer, which keeps it; a bad position throws CInvalidArgException.
+    const CRecord *GetNewRecordAt(int index) const { return arrNewRecords.GetAt(index); }
     /// Sets a value of a buffered row. A shape without one acts on the last row: meant so.
     void UpdateNewRecordPropertyValue(int shapeID, int fieldID, CString value);
 

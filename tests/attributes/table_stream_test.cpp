@@ -197,6 +197,20 @@ TEST_F(TableStream, OlderDocumentsBringNoMemos) {
     EXPECT_EQ(ValuesOf(row.get()), "1|1||");
 }
 
+TEST_F(TableStream, DroppedMemoColumnLeavesNoMemoFile) {
+    auto table = Make({Field("name", DATA_CHAR, 5), Field("note", DATA_MEMO, -1)});
+    SetRow(*table, 1, {"a", "text"});
+    Stored(*table);
+    ASSERT_TRUE(m_app.Folder().Has("TempDB/w001b.fpt"));
+    EXPECT_EQ(table->DeleteField(*table->GetFieldByName("note")), 1);
+    const std::string bytes = Stored(*table);
+    EXPECT_EQ(bytes.substr(bytes.size() - 4), std::string(4, '\0'));
+    CTable_Local_dbf loaded;
+    LoadInto(loaded, bytes);
+    EXPECT_EQ(Rows("Select * From w001"), "1|1|a\n");
+    EXPECT_EQ(m_app.Log(), "");
+}
+
 TEST_F(TableStream, EveryCutStreamThrows) {
     auto table = Make({Field("note", DATA_MEMO, -1)});
     SetRow(*table, 1, {"text"});

@@ -35,8 +35,8 @@ if(KTL_SANITIZE)
   target_compile_options(ktl_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
   target_link_options(ktl_options INTERFACE -fsanitize=${KTL_SANITIZE})
 elseif(CMAKE_BUILD_TYPE STREQUAL "Release")
-  set(CMAKE_CXX_FLAGS_RELEASE "-O2" CACHE STRING "" FORCE)
-  target_compile_options(ktl_options INTERFACE -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2 -D_GLIBCXX_ASSERTIONS
+  # What packagers expect of a release; CMAKE_CXX_FLAGS and CMAKE_CXX_FLAGS_RELEASE stay theirs.
+  target_compile_options(ktl_options INTERFACE -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3 -D_GLIBCXX_ASSERTIONS
                                                -fstack-protector-strong -fstack-clash-protection -fcf-protection)
   target_link_options(ktl_options INTERFACE LINKER:-z,relro,-z,now,-z,noexecstack)
 endif()

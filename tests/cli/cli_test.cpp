@@ -360,7 +360,9 @@ TEST_F(Cli, HelpManualAndParserKnowTheSameOptions) {
     std::erase(manual, '\\');
     std::set<std::string> inManual = LongOptionsIn(manual);
     inManual.erase("--version");
-    EXPECT_EQ(inManual, told);
+    std::set<std::string> toldByAny = told;
+    toldByAny.merge(LongOptionsIn(Run({"table", "--help"}).out));
+    EXPECT_EQ(inManual, toldByAny);
     for (const std::string &option : told) {
         if (option == "--help") continue;
         const CommandResult result = Render({option});

@@ -90,6 +90,11 @@ long long ProcedureCall::Integer(std::size_t position) const {
     return *value;
 }
 
+long long ProcedureCall::IntegerOr(std::size_t position, long long usual) const {
+    const long long *value = position < arguments.size() ? std::get_if<long long>(&arguments[position].value) : nullptr;
+    return value ? *value : usual;
+}
+
 std::string ProcedureCall::Text(std::size_t position) const {
     const std::string *value =
         position < arguments.size() ? std::get_if<std::string>(&arguments[position].value) : nullptr;
@@ -374,8 +379,8 @@ void Session::FetchCursor(const ProcedureCall &call) {
         PutReturnInteger(m_answer, 2, "", static_cast<int>(cursor.row));
         return PutReturnInteger(m_answer, 3, "", static_cast<int>(total));
     }
-    const long long count = std::clamp(call.arguments.size() > 3 ? call.Integer(3) : 1LL, 1LL, 1000LL);
-    const long long row = call.arguments.size() > 2 ? call.Integer(2) : 0;
+    const long long count = std::clamp(call.IntegerOr(3, 1), 1LL, 1000LL);
+    const long long row = call.IntegerOr(2, 0);
     const long long start = FetchStart(cursor, kind, row, count);
     cursor.row = std::clamp(start, 0LL, total + 1);
     cursor.fetched = start >= 1 ? std::clamp(total + 1 - start, 0LL, count) : 0;

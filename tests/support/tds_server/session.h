@@ -42,6 +42,8 @@ struct ProcedureCall {
     /// Throw SqlError when it is missing.
     long long Integer(std::size_t position) const;
     std::string Text(std::size_t position) const;
+    /// `usual` when it is null or missing.
+    long long IntegerOr(std::size_t position, long long usual) const;
 };
 
 /// One connection's state and its answers.

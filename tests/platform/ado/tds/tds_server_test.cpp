@@ -61,6 +61,37 @@ class TdsServerDriver : public ::testing::Test {
     SQLHSTMT m_statement = nullptr;
 };
 
+TEST_F(TdsServerDriver, StaticCursorMovesAndTellsItsRow) {
+    ASSERT_TRUE(Run("Create Table t (a int, b nvarchar(9))"));
+    for (int i = 1; i <= 5; ++i) ASSERT_TRUE(Run("Insert Into t Values (" + std::to_string(i) + ",'国')"));
+    NewStatement();
+    ::SQLSetStmtAttr(m_statement, SQL_ATTR_CURSOR_TYPE, Number(SQL_CURSOR_STATIC), 0);
+    ASSERT_TRUE(Run("Select a, b From t Order By a"));
+    ASSERT_TRUE(SQL_SUCCEEDED(::SQLFetchScroll(m_statement, SQL_FETCH_LAST, 0)));
+    SQLULEN row = 0;
+    ::SQLGetStmtAttr(m_statement, SQL_ATTR_ROW_NUMBER, &row, 0, nullptr);
+    EXPECT_EQ(row, 5u);
+    struct Move {
+        SQLSMALLINT kind;
+        SQLLEN offset;
+        const char *cell;
+    };
+    static constexpr Move kMoves[] = {{SQL_FETCH_FIRST, 0, "1"},    {SQL_FETCH_NEXT, 0, "2"},
+                                      {SQL_FETCH_ABSOLUTE, 4, "4"}, {SQL_FETCH_PRIOR, 0, "3"},
+                                      {SQL_FETCH_RELATIVE, 2, "5"}, {SQL_FETCH_ABSOLUTE, -2, "4"}};
+    for (const Move &move : kMoves) {
+        ASSERT_TRUE(SQL_SUCCEEDED(::SQLFetchScroll(m_statement, move.kind, move.offset))) << move.cell;
+        EXPECT_EQ(Cell(1), move.cell);
+        EXPECT_EQ(Cell(2), "国");
+    }
+    ::SQLFetchScroll(m_statement, SQL_FETCH_LAST, 0);
+    EXPECT_EQ(::SQLFetchScroll(m_statement, SQL_FETCH_NEXT, 0), SQL_NO_DATA);
+    NewStatement();
+    ::SQLSetStmtAttr(m_statement, SQL_ATTR_CURSOR_TYPE, Number(SQL_CURSOR_STATIC), 0);
+    ASSERT_TRUE(Run("Select a From t Where a > 9"));
+    EXPECT_EQ(::SQLFetchScroll(m_statement, SQL_FETCH_LAST, 0), SQL_NO_DATA);
+}
+
 TEST_F(TdsServerDriver, ParametersOfAPreparedStatementAreBoundEachTime) {
     ASSERT_TRUE(Run("Create Table t (a int, b nvarchar(9), c float, d image)"));
     NewStatement();

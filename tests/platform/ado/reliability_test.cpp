@@ -437,6 +437,38 @@ TEST(Sharing, ThreadsWithConnectionsOfTheirOwnLoseNoRow) {
     EXPECT_EQ(tables.Rows("Select Count(0),Sum(ID) From t"), "400|79800\n");
 }
 
+TEST(Index, AKeyIsFoundWithoutAWalkOverTheRows) {
+    const ScratchFolder folder;
+    FaultyFileSystem files;
+    Tables tables(folder);
+    tables.Run("Create Table t (ID int, ShapeID int, name Char(200))");
+    for (int i = 0; i < 5000; ++i) {
+        tables.Run("Insert Into t Values (" + std::to_string(i) + "," + std::to_string(i) + ",'n')");
+    }
+    tables.Rows("Select ID From t Where ShapeID=1 Or ID In (1)");
+    tables.Rows("Select ID From t Where ShapeID=1");
+    tables.Rows("Select ShapeID From t Where ID=1");
+    const struct {
+        const char *statement;
+        int reads;
+    } cases[] = {
+        {"Select * From t Where ShapeID=4000", 1},
+        {"Select * From t Where name='n' And ShapeID=-5", 0},
+        {"Select * From t Where name='n' And 4001=ShapeID And ID<>-1", 1},
+        {"Select * From t Where ID In (3,4002,77)", 3},
+        {"Update t Set name='m' Where ShapeID=4003", 1},
+        {"Update t Set ID=-1 Where ShapeID = 4004", 1},
+        {"Delete From t Where ID=4005", 1},
+        {"Select Top 1 ShapeID From t Where name Like '%n%' And ID<>-1 Order By ShapeID", 1},
+        {"Insert Into t Values (7,7,'x')", 0},
+    };
+    for (const auto &row : cases) {
+        files.FailReadsAfter(row.reads, EIO);
+        EXPECT_EQ(tables.Fault(row.statement), "") << row.statement;
+        files.FailReadsAfter(-1, 0);
+    }
+}
+
 TEST(Index, ItFollowsAppendsUpdatesAndRepeatedKeys) {
     const ScratchFolder folder;
     Tables tables(folder);

@@ -33,6 +33,20 @@ constexpr TypeFacts kTypeFacts[] = {
     {sql::ColumnType::Blob, 'W', 4, true},
 };
 
+/// What a recordset tells of a column by its letter; a size of 0 is the column's width. Memos are told apart.
+struct LetterFacts {
+    char letter;
+    DataType type;
+    int size;
+};
+
+constexpr LetterFacts kLetterFacts[] = {
+    {'C', DataType::Char, 0},     {'V', DataType::VarChar, 0},  {'Q', DataType::VarBinary, 0},
+    {'N', DataType::Numeric, 19}, {'F', DataType::Numeric, 19}, {'I', DataType::Integer, 4},
+    {'+', DataType::Integer, 4},  {'B', DataType::Double, 8},   {'Y', DataType::Currency, 8},
+    {'L', DataType::Boolean, 2},  {'D', DataType::DBDate, 6},   {'T', DataType::DBTimeStamp, 16},
+};
+
 [[noreturn]] void ThrowNotATable(const char *why) {
     throw Error(CString("Not a table: ") + why + ".", error_number::kNotATable);
 }
@@ -104,62 +118,19 @@ void PlaceFields(Header &header) {
 Column Field::Describe() const {
     Column column;
     column.name = name;
-    column.definedSize = static_cast<int>(width);
-    column.nullable = true;
-    const auto fixed = [&](DataType kind, int size) {
-        column.type = kind;
-        column.definedSize = size;
-    };
-    switch (type) {
-        case 'C':
-            fixed((flags & kColumnBinary) != 0 ? DataType::Binary : DataType::Char, static_cast<int>(width));
-            break;
-        case 'V':
-            fixed(DataType::VarChar, static_cast<int>(width));
-            break;
-        case 'N':
-        case 'F':
-            fixed(DataType::Numeric, 19);
-            column.precision = static_cast<int>(width);
-            column.scale = decimals;
-            break;
-        case 'I':
-        case '+':
-            fixed(DataType::Integer, 4);
-            break;
-        case 'B':
-            if (IsMemo()) {
-                fixed(DataType::LongVarBinary, kUnlimited);
-            } else {
-                fixed(DataType::Double, 8);
-            }
-            break;
-        case 'Y':
-            fixed(DataType::Currency, 8);
-            break;
-        case 'L':
-            fixed(DataType::Boolean, 2);
-            break;
-        case 'D':
-            fixed(DataType::DBDate, 6);
-            break;
-        case 'T':
-            fixed(DataType::DBTimeStamp, 16);
-            break;
-        case 'M':
-            fixed(IsTextMemo() ? DataType::LongVarChar : DataType::LongVarBinary, kUnlimited);
-            break;
-        case 'G':
-        case 'P':
-        case 'W':
-            fixed(DataType::LongVarBinary, kUnlimited);
-            break;
-        case 'Q':
-            fixed(DataType::VarBinary, static_cast<int>(width));
-            break;
-        default:
-            fixed(DataType::Binary, static_cast<int>(width));
-            break;
+    const auto *facts = std::find_if(std::begin(kLetterFacts), std::end(kLetterFacts),
+                                     [this](const LetterFacts &row) { return row.letter == type; });
+    column.type = facts == std::end(kLetterFacts) ? DataType::Binary : facts->type;
+    column.definedSize = facts == std::end(kLetterFacts) || facts->size == 0 ? static_cast<int>(width) : facts->size;
+    const bool binary = (flags & kColumnBinary) != 0;
+    if (type == 'C' && binary) column.type = DataType::Binary;
+    if (IsMemo()) {
+        column.type = IsTextMemo() ? DataType::LongVarChar : DataType::LongVarBinary;
+        column.definedSize = kUnlimited;
+    }
+    if (column.type == DataType::Numeric) {
+        column.precision = static_cast<int>(width);
+        column.scale = decimals;
     }
     return column;
 }

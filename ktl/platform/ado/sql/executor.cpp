@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <optional>
 
 #include "ktl/platform/ado/error.h"
 #include "ktl/platform/ado/names.h"
@@ -164,6 +163,78 @@ class BoundSelectPlan : public BoundPlan {
     SelectPlan plan;
 };
 
+/// Replace walks records from a work area's current one on, unlike Update, and leaves the area where it ended.
+class ReplaceWalk {
+  public:
+    ReplaceWalk(const ParsedStatement &parsed, const ReplaceStatement &replace, const BindScope &scope)
+        : m_replace(replace),
+          m_assignments(BindAssignments(replace.assignments, scope)),
+          m_for(replace.forCondition, scope),
+          m_while(replace.whileCondition, scope) {
+        for (std::size_t i = 0; i < m_assignments.size(); ++i) {
+            const Column &column = (*scope.columns)[static_cast<std::size_t>(m_assignments[i].column)];
+            if (replace.assignments[i].additive && column.type != DataType::LongVarChar) {
+                ThrowSyntax(parsed.text, replace.assignments[i].column.position, "only a memo takes Additive");
+            }
+        }
+    }
+
+    long long Run(Table &table, RowNumber &current) {
+        for (BoundAssignment &assignment : m_assignments) assignment.value.Prepare();
+        m_for.Prepare();
+        m_while.Prepare();
+        const RowNumber first = FirstRow(current);
+        const long long limit = Limit();
+        long long count = 0;
+        long long visited = 0;
+        for (table.Rewind(); visited < limit && table.Next();) {
+            if (table.GetRow() < first) continue;
+            // A single record that is deleted is not replaced by the one behind it.
+            if (limit == 1 && table.GetRow() != first) break;
+            current = table.GetRow();
+            if (!m_while.Accepts(table)) break;
+            ++visited;
+            if (!m_for.Accepts(table)) continue;
+            Assign(table);
+            ++count;
+        }
+        return count;
+    }
+
+  private:
+    using Scope = ReplaceStatement::Scope;
+
+    bool HasFor() const { return !m_replace.forCondition.empty(); }
+    bool HasWhile() const { return !m_replace.whileCondition.empty(); }
+
+    RowNumber FirstRow(RowNumber current) const {
+        const bool all = m_replace.scope == Scope::All;
+        if (all || (m_replace.scope == Scope::Default && HasFor() && !HasWhile())) return 0;
+        if (m_replace.scope != Scope::Record) return current;
+        return static_cast<RowNumber>(std::max<long long>(m_replace.count - 1, 0));
+    }
+    long long Limit() const {
+        if (m_replace.scope == Scope::Next) return m_replace.count;
+        const bool one = m_replace.scope == Scope::Default && !HasFor() && !HasWhile();
+        return one || m_replace.scope == Scope::Record ? 1 : std::numeric_limits<long long>::max();
+    }
+    void Assign(Table &table) {
+        for (std::size_t i = 0; i < m_assignments.size(); ++i) {
+            const Value value = m_assignments[i].value.Evaluate(table);
+            if (m_replace.assignments[i].additive) {
+                table.AppendToCell(m_assignments[i].column, value);
+            } else {
+                table.SetCell(m_assignments[i].column, value);
+            }
+        }
+    }
+
+    const ReplaceStatement &m_replace;
+    std::vector<BoundAssignment> m_assignments;
+    RowScan m_for;
+    RowScan m_while;
+};
+
 /// The statement's plan for that table, made anew where there is none or the table has changed.
 template <class PlanType, class StatementType>
 PlanType &PlanFor(PreparedStatement &prepared, std::string_view text, Table &table) {
@@ -315,58 +386,12 @@ long long Executor::Run(PreparedStatement &prepared, std::string_view text, cons
     return count;
 }
 
-/// Replace walks records from a work area's current one on, unlike Update.
 long long Executor::Run(const ParsedStatement &parsed, const ReplaceStatement &replace) {
-    using Scope = ReplaceStatement::Scope;
     const CString name = replace.table.text.IsEmpty() ? m_area : replace.table.text;
     if (name.IsEmpty()) throw Error("No table is open in the current work area.", error_number::kAliasNotFound);
     const TableUse table(*m_store, name, Access::Write);
-    const BindScope scope{parsed, &table->GetColumns(), name.View(), {}, false};
-    std::vector<BoundAssignment> assignments = BindAssignments(replace.assignments, scope);
-    for (std::size_t i = 0; i < assignments.size(); ++i) {
-        const Column &column = table->GetColumns()[static_cast<std::size_t>(assignments[i].column)];
-        if (replace.assignments[i].additive && column.type != DataType::LongVarChar) {
-            ThrowSyntax(parsed.text, replace.assignments[i].column.position, "only a memo takes Additive");
-        }
-        assignments[i].value.Prepare();
-    }
-    std::optional<RowScan> forScan;
-    std::optional<RowScan> whileScan;
-    if (!replace.forCondition.empty()) forScan.emplace(replace.forCondition, scope);
-    if (!replace.whileCondition.empty()) whileScan.emplace(replace.whileCondition, scope);
-    if (forScan) forScan->Prepare();
-    if (whileScan) whileScan->Prepare();
-
-    const std::string key = FoldedName(name.View());
-    RowNumber &current = m_records[key];
-    RowNumber first = current;
-    long long limit = std::numeric_limits<long long>::max();
-    if (replace.scope == Scope::All || (replace.scope == Scope::Default && forScan && !whileScan)) first = 0;
-    if (replace.scope == Scope::Default && !forScan && !whileScan) limit = 1;
-    if (replace.scope == Scope::Next) limit = replace.count;
-    if (replace.scope == Scope::Record) {
-        first = static_cast<RowNumber>(std::max<long long>(replace.count - 1, 0));
-        limit = 1;
-    }
-    long long count = 0;
-    long long visited = 0;
-    for (table->Rewind(); visited < limit && table->Next();) {
-        if (table->GetRow() < first) continue;
-        if (limit == 1 && table->GetRow() != first) break;
-        current = table->GetRow();
-        if (whileScan && !whileScan->Accepts(*table)) break;
-        ++visited;
-        if (forScan && !forScan->Accepts(*table)) continue;
-        for (std::size_t i = 0; i < assignments.size(); ++i) {
-            const Value value = assignments[i].value.Evaluate(*table);
-            if (replace.assignments[i].additive) {
-                table->AppendToCell(assignments[i].column, value);
-            } else {
-                table->SetCell(assignments[i].column, value);
-            }
-        }
-        ++count;
-    }
+    ReplaceWalk walk(parsed, replace, {parsed, &table->GetColumns(), name.View(), {}, false});
+    const long long count = walk.Run(*table, m_records[FoldedName(name.View())]);
     table->Commit();
     return count;
 }

@@ -105,17 +105,6 @@ constexpr SymbolOp kComparisons[] = {
     {"<=", Op::LessEqual}, {"<", Op::Less},   {">", Op::Greater},   {">=", Op::GreaterEqual},
 };
 
-void NegateNumber(Value &value) {
-    if (value.GetKind() == Value::Kind::Integer) {
-        value.SetInteger(-value.Integer());
-    } else if (value.GetKind() == Value::Kind::Double) {
-        value.SetDouble(-value.Double());
-    } else {
-        const Decimal decimal = value.AsDecimal();
-        value.SetDecimal({-decimal.units, decimal.scale});
-    }
-}
-
 class Parser {
   public:
     explicit Parser(std::string_view text) : m_result(std::make_unique<ParsedStatement>()), m_lexer(text) {

@@ -23,15 +23,7 @@ bool ReadLiteral(std::string_view text, std::size_t &position, Value &value) {
         return false;
     }
     position = begin;
-    if (!negative) return true;
-    if (value.GetKind() == Value::Kind::Integer) {
-        value.SetInteger(-value.Integer());
-    } else if (value.GetKind() == Value::Kind::Double) {
-        value.SetDouble(-value.Double());
-    } else {
-        const Decimal decimal = value.AsDecimal();
-        value.SetDecimal({-decimal.units, decimal.scale});
-    }
+    if (negative) NegateNumber(value);
     return true;
 }
 

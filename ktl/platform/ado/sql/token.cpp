@@ -202,6 +202,17 @@ bool ScanNumber(std::string_view text, std::size_t &position, Value &value) {
     return true;
 }
 
+void NegateNumber(Value &value) {
+    if (value.GetKind() == Value::Kind::Integer) {
+        value.SetInteger(-value.Integer());
+    } else if (value.GetKind() == Value::Kind::Double) {
+        value.SetDouble(-value.Double());
+    } else {
+        const Decimal decimal = value.AsDecimal();
+        value.SetDecimal({-decimal.units, decimal.scale});
+    }
+}
+
 bool ScanString(std::string_view text, std::size_t &position, Value &value) {
     if (position >= text.size() || (text[position] != '\'' && text[position] != '"')) return false;
     const char quote = text[position];

@@ -63,6 +63,8 @@ constexpr bool IsWordByte(char c) {
 /// Reads the number that starts at `position` (no sign) and moves behind it; false when there is none. Whole numbers
 /// become integers, others decimals, and doubles where they have an exponent or too many digits.
 bool ScanNumber(std::string_view text, std::size_t &position, Value &value);
+/// Turns the sign of a number around.
+void NegateNumber(Value &value);
 /// Reads the quoted text that starts at `position` and moves behind it; false when the quote is not closed. Doubled
 /// quotes become one.
 bool ScanString(std::string_view text, std::size_t &position, Value &value);

@@ -48,9 +48,10 @@ with_pkg_config() {
     program=$scratch/first_map
 }
 
+# The flags are the release preset's: g++ 12 sees overruns in -O3's own work, and the compiler cache serves both.
 with_subproject() {
     cmake -S "$SOURCE/tests/package/subproject" -B "$scratch/build" -G Ninja -DKTL_SOURCE="$SOURCE" \
-        -DCMAKE_BUILD_TYPE=Release -DKTL_WERROR="$WERROR" -DCMAKE_CXX_COMPILER="$CXX" \
+        -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_FLAGS_RELEASE=-O2 -DKTL_WERROR="$WERROR" -DCMAKE_CXX_COMPILER="$CXX" \
         -DCMAKE_CXX_COMPILER_LAUNCHER="$(command -v ccache || true)"
     nice cmake --build "$scratch/build" --target first_map
     program=$scratch/build/first_map

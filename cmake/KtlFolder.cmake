@@ -1,7 +1,6 @@
-# ktl_folder(NAME [DIR dir] [DEPS folder...] [LIBS target...])
-# Makes ktl_NAME, the static archive of one folder of the library. Sources of nested folders that are folders of the
-# library themselves (those with a README.md and a ktl_folder call) are left out by globbing one level plus the
-# private folders named in PRIVATE.
+# ktl_folder(NAME [DIR dir] [DEPS folder...] [LIBS target...] [PRIVATE subfolder...])
+# Makes ktl_NAME, the static archive of one folder of the library: the sources that lie in it and in its PRIVATE
+# subfolders. A subfolder that is a folder of the library itself has a call of its own.
 function(ktl_folder name)
   cmake_parse_arguments(arg "" "DIR" "DEPS;LIBS;PRIVATE" ${ARGN})
   if(NOT arg_DIR)

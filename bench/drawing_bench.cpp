@@ -5,23 +5,18 @@
 //
 //     drawing_bench [countries-10m.json]
 
-#include <benchmark/benchmark.h>
-#include <ogrsf_frmts.h>
+#include "bench/countries.h"
 
 #include <cmath>
-#include <cstdio>
-#include <cstdlib>
 #include <functional>
 #include <memory>
 #include <random>
 #include <string>
 #include <vector>
 
-#if __has_include(<QPainter>)
-#include <QGuiApplication>
+#ifdef KTL_BENCH_QT
 #include <QImage>
 #include <QPainter>
-#define KTL_BENCH_QT 1
 #endif
 #ifdef KTL_BENCH_MAPNIK
 #include <mapnik/agg_renderer.hpp>
@@ -35,13 +30,12 @@
 #include <mapnik/symbolizer.hpp>
 #endif
 
-#include "bench/ratio_reporter.h"
-#include "ktl/platform/gdiplus/gdiplus.h"
-
 namespace {
 
-constexpr int kWidth = 2048;
-constexpr int kHeight = 1024;
+using ktl::bench::Degrees;
+using ktl::bench::kHeight;
+using ktl::bench::kWidth;
+using ktl::bench::Ring;
 
 /// Degrees of the bitmap's upper left corner, and pixels per degree.
 struct View {
@@ -53,38 +47,10 @@ struct View {
 constexpr View kWorld{-180, 90, kWidth / 360.0};
 constexpr View kEastAsia{90, 50, kWidth / 60.0};
 
-struct Degrees {
-    double longitude;
-    double latitude;
-};
-using Ring = std::vector<Degrees>;
-
 /// Read once, before the first case runs.
 std::vector<Ring> &TheRings() {
     static std::vector<Ring> rings;
     return rings;
-}
-
-void AddGeometry(const OGRGeometry &geometry) {
-    if (const auto *parts = dynamic_cast<const OGRGeometryCollection *>(&geometry)) {
-        for (const OGRGeometry *part : *parts) AddGeometry(*part);
-    } else if (const auto *polygon = dynamic_cast<const OGRPolygon *>(&geometry)) {
-        for (const OGRLinearRing *ring : *polygon) {
-            Ring &own = TheRings().emplace_back();
-            for (int i = 0; i < ring->getNumPoints(); ++i) own.push_back({ring->getX(i), ring->getY(i)});
-        }
-    }
-}
-
-bool LoadRings(const std::string &path) {
-    GDALAllRegister();
-    const GDALDatasetUniquePtr dataset(GDALDataset::Open(path.c_str(), GDAL_OF_VECTOR));
-    OGRLayer *layer = dataset ? dataset->GetLayerByName("countries") : nullptr;
-    if (layer == nullptr) return false;
-    for (const auto &feature : *layer) {
-        if (feature->GetGeometryRef() != nullptr) AddGeometry(*feature->GetGeometryRef());
-    }
-    return !TheRings().empty();
 }
 
 template <class P>
@@ -292,22 +258,11 @@ void RegisterAll() {
 }  // namespace
 
 int main(int argc, char **argv) {
-    benchmark::Initialize(&argc, argv);
-    const std::string path = argc > 1 ? argv[1] : "build/bench-data/countries-10m.json";
-    ULONG_PTR token = 0;
-    const Gdiplus::GdiplusStartupInput input;
-    if (Gdiplus::GdiplusStartup(&token, &input, nullptr) != Gdiplus::Ok) return 1;
-#ifdef KTL_BENCH_QT
-    setenv("QT_QPA_PLATFORM", "offscreen", 0);
-    const QGuiApplication application(argc, argv);
-#endif
-    if (!LoadRings(path)) {
-        std::fprintf(stderr, "no countries in %s: run bench/fetch_data.sh first\n", path.c_str());
-        return 1;
-    }
-    RegisterAll();
-    ktl::bench::RatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    Gdiplus::GdiplusShutdown(token);
-    return 0;
+    return ktl::bench::DrawCountries(
+        argc, argv,
+        [](const std::vector<Ring> &rings) {
+            TheRings() = rings;
+            RegisterAll();
+        },
+        [] {});
 }

@@ -11,7 +11,9 @@ cmake --preset bench > /dev/null
 cmake --build --preset bench
 
 programs=("$@")
-[ ${#programs[@]} -gt 0 ] || programs=(drawing_bench shapes_bench tree_bench projection_bench codec_bench table_bench platform_bench)
+if [ ${#programs[@]} -eq 0 ]; then
+    for source in bench/*_bench.cpp; do programs+=("$(basename "$source" .cpp)"); done
+fi
 for program in "${programs[@]}"; do
     [ -x "build/bench/bin/$program" ] || { echo "$program: not built, its peer is missing" >&2; continue; }
     echo "== $program"

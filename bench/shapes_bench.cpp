@@ -6,36 +6,30 @@
 //
 //     shapes_bench [countries-10m.json]
 
-#include <benchmark/benchmark.h>
-#include <ogrsf_frmts.h>
+#include "bench/countries.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <memory>
 #include <string>
 #include <vector>
 
-#if __has_include(<QPainter>)
-#include <QGuiApplication>
+#ifdef KTL_BENCH_QT
 #include <QImage>
 #include <QPainter>
-#define KTL_BENCH_QT 1
 #endif
 
-#include "bench/ratio_reporter.h"
 #include "ktl/core/transform.h"
 #include "ktl/legends/legend_polygon.h"
 #include "ktl/legends/legend_polyline.h"
-#include "ktl/platform/gdiplus/gdiplus.h"
 #include "ktl/shapes/shape_polygon.h"
 #include "ktl/shapes/shape_polyline.h"
 #include "ktl/webmap/projection.h"
 
 namespace {
 
-constexpr int kWidth = 2048;
-constexpr int kHeight = 1024;
+using ktl::bench::kHeight;
+using ktl::bench::kWidth;
+
 constexpr COLORREF kFill = RGB(200, 220, 180);
 constexpr COLORREF kLine = RGB(60, 60, 60);
 
@@ -62,39 +56,18 @@ struct Map {
     std::size_t vertexCount = 0;
 };
 
-void AddRing(Map &map, const OGRLinearRing &ring) {
+void AddRing(Map &map, const ktl::bench::Ring &ring) {
     CShape_Polygon area;
     CShape_Polyline line;
-    for (int i = 0; i < ring.getNumPoints(); ++i) {
+    for (const auto &[longitude, latitude] : ring) {
         // Latitude 90 has no place on the map.
-        const double latitude = std::clamp(ring.getY(i), -85.0, 85.0);
-        const CPointD vertex(KtlGetX(ring.getX(i)), KtlGetY(latitude));
+        const CPointD vertex(KtlGetX(longitude), KtlGetY(std::clamp(latitude, -85.0, 85.0)));
         area.AddPoint(vertex);
         line.AddPoint(vertex);
     }
-    map.vertexCount += static_cast<std::size_t>(ring.getNumPoints());
+    map.vertexCount += ring.size();
     map.areas.push_back(area);
     map.lines.push_back(line);
-}
-
-void AddGeometry(Map &map, const OGRGeometry &geometry) {
-    if (const auto *parts = dynamic_cast<const OGRGeometryCollection *>(&geometry)) {
-        for (const OGRGeometry *part : *parts) AddGeometry(map, *part);
-    } else if (const auto *polygon = dynamic_cast<const OGRPolygon *>(&geometry)) {
-        for (const OGRLinearRing *ring : *polygon) AddRing(map, *ring);
-    }
-}
-
-Map LoadMap(const std::string &path) {
-    Map map;
-    GDALAllRegister();
-    const GDALDatasetUniquePtr dataset(GDALDataset::Open(path.c_str(), GDAL_OF_VECTOR));
-    OGRLayer *layer = dataset ? dataset->GetLayerByName("countries") : nullptr;
-    if (!layer) return map;
-    for (const auto &feature : *layer) {
-        if (feature->GetGeometryRef()) AddGeometry(map, *feature->GetGeometryRef());
-    }
-    return map;
 }
 
 /// Read once, before the first case runs.
@@ -185,27 +158,14 @@ void Register(const std::string &name, const View &view, bool isArea) {
 }  // namespace
 
 int main(int argc, char **argv) {
-    benchmark::Initialize(&argc, argv);
-    const std::string path = argc > 1 ? argv[1] : "build/bench-data/countries-10m.json";
-    ULONG_PTR token = 0;
-    const Gdiplus::GdiplusStartupInput input;
-    if (Gdiplus::GdiplusStartup(&token, &input, nullptr) != Gdiplus::Ok) return 1;
-#ifdef KTL_BENCH_QT
-    setenv("QT_QPA_PLATFORM", "offscreen", 0);
-    const QGuiApplication application(argc, argv);
-#endif
-    TheMap() = LoadMap(path);
-    if (TheMap().areas.empty()) {
-        std::fprintf(stderr, "no countries in %s: run bench/fetch_data.sh first\n", path.c_str());
-        return 1;
-    }
-    Register("areas_world", kWorld, true);
-    Register("areas_east_asia", kEastAsia, true);
-    Register("lines_world", kWorld, false);
-    Register("lines_east_asia", kEastAsia, false);
-    ktl::bench::RatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    TheMap() = Map();
-    Gdiplus::GdiplusShutdown(token);
-    return 0;
+    return ktl::bench::DrawCountries(
+        argc, argv,
+        [](const std::vector<ktl::bench::Ring> &rings) {
+            for (const ktl::bench::Ring &ring : rings) AddRing(TheMap(), ring);
+            Register("areas_world", kWorld, true);
+            Register("areas_east_asia", kEastAsia, true);
+            Register("lines_world", kWorld, false);
+            Register("lines_east_asia", kEastAsia, false);
+        },
+        [] { TheMap() = Map(); });
 }

@@ -52,6 +52,10 @@ ConnectionRef Connection::Open(const CString &connectionString, const CString &u
     return factory(settings);
 }
 
+void Connection::ReadPages(const CString &statement, const std::function<bool(const RecordsetRef &)> &use) {
+    use(OpenRecordset(statement, false));
+}
+
 RecordsetRef MakeTableSchema(const std::vector<TableEntry> &tables) {
     static constexpr const char *kNames[] = {"TABLE_CATALOG", "TABLE_SCHEMA", "TABLE_NAME", "TABLE_TYPE"};
     std::vector<Column> columns;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -39,6 +40,11 @@ class KTL_API Connection {
     /// The rows of a statement; never empty. A statement that gives no rows is run and gives a closed recordset.
     /// `clientCursor` asks for the rows to be held on this side; the result looks the same either way.
     virtual RecordsetRef OpenRecordset(const CString &statement, bool clientCursor) = 0;
+    /// Hands over what `OpenRecordset` gives in pages, until `use` answers false: recordsets that can't be written, one
+    /// at least. Where the store can, neither it nor this side holds more than a page, and nothing is locked while
+    /// `use` runs; a row that others change meanwhile then comes as it was or as it is, and a table whose columns
+    /// change ends the walk with an Error.
+    virtual void ReadPages(const CString &statement, const std::function<bool(const RecordsetRef &page)> &use);
     /// A row for each table with the columns TABLE_CATALOG, TABLE_SCHEMA, TABLE_NAME and TABLE_TYPE ("TABLE" for a
     /// plain one). Throws Error for a schema other than `kSchemaTables`.
     virtual RecordsetRef OpenSchema(int schema) = 0;

@@ -321,6 +321,38 @@ TEST_F(Statement, ARecordsetShowsTheRowsAsTheyWere) {
     EXPECT_EQ(rows->GetCell(0).Text(), "Tommy");
 }
 
+// Rows come once each however they are found, and between two pages the table is free for a writer of its own.
+TEST_F(Statement, PagesGiveEveryRowAndLetWritersIn) {
+    constexpr int kRows = 2500;
+    tables.Run("Create Table p (ID int,ShapeID int)");
+    for (int i = 0; i < kRows; ++i) {
+        tables.Run("Insert Into p Values (" + std::to_string(i % 2) + "," + std::to_string(i) + ")");
+    }
+    const auto walk = [&](const char *statement, int pagesWanted) {
+        Tables writer(folder);
+        std::string rows;
+        int pages = 0;
+        tables.Get().ReadPages(statement, [&](const ado::RecordsetRef &page) {
+            EXPECT_EQ(writer.Run("Update p Set ID=ID Where ShapeID=2400"), 1);
+            for (; !page->IsEOF(); page->MoveNext()) rows += ToUtf8(page->GetCell("ShapeID").ToText()) + "\n";
+            return ++pages < pagesWanted;
+        });
+        EXPECT_EQ(pages, pagesWanted) << statement;
+        return rows;
+    };
+    for (const auto &[statement, pages] : {std::pair("Select ShapeID From p", 3),
+                                           {"Select ShapeID From p Where ID=1", 2},
+                                           {"Select ShapeID From p Order By ShapeID Desc", 1},
+                                           {"Select Top 2 ShapeID From p", 1},
+                                           {"Select ShapeID From p Where ShapeID=-1", 1}}) {
+        EXPECT_EQ(walk(statement, pages), tables.Rows(statement)) << statement;
+    }
+    EXPECT_EQ(walk("Select ShapeID From p", 1).size(), 10U + 2 * 90 + 3 * 900 + 1000) << "stopped behind a page";
+    EXPECT_THROW(tables.Get().ReadPages("Select ShapeID From p",
+                                        [&](const ado::RecordsetRef &) { return tables.Run("Drop Table p") == 0; }),
+                 ado::Error);
+}
+
 TEST_F(Statement, AStatementWithoutRowsGivesAClosedRecordset) {
     const ado::RecordsetRef rows = tables.Open("Update t Set v=3 Where ShapeID=1");
     EXPECT_FALSE(rows->IsOpen());

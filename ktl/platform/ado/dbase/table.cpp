@@ -223,6 +223,12 @@ void Table::Rewind() {
     m_scanEnd = m_rowCount;
 }
 
+bool Table::RewindTo(sql::RowNumber row) {
+    m_nextRow = row;
+    m_scanEnd = m_rowCount;
+    return true;
+}
+
 bool Table::NextOfAll() {
     if (m_nextRow >= m_scanEnd) return false;
     m_row = m_nextRow++;

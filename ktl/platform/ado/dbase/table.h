@@ -52,6 +52,7 @@ class Table final : public sql::Table, private IdleTable, private MemoSource {
 
     const std::vector<Column> &GetColumns() const override { return m_columns; }
     void Rewind() override;
+    bool RewindTo(sql::RowNumber row) override;
     bool Next() override;
     bool Seek(sql::RowNumber row) override;
     sql::RowNumber GetRow() const override { return m_row; }

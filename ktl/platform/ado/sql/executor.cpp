@@ -14,6 +14,9 @@ namespace ktl::ado::sql {
 
 namespace {
 
+/// Rows of a page: enough to make opening and locking cheap beside them, few beside a table.
+constexpr std::size_t kPageRows = 1000;
+
 int FindColumn(const std::vector<Column> &columns, const Name &name, const ParsedStatement &parsed) {
     for (std::size_t i = 0; i < columns.size(); ++i) {
         if (EqualNames(columns[i].name.View(), name.text.View())) return static_cast<int>(i);
@@ -317,6 +320,32 @@ RecordsetRef Executor::Select(std::string_view statement) {
     auto none = std::make_shared<StaticRecordset>(std::vector<Column>());
     none->Close();
     return none;
+}
+
+void Executor::ReadPages(std::string_view statement, const std::function<bool(const RecordsetRef &)> &use) {
+    PagePlace place;
+    while (use(ReadPage(statement, place)) && !place.isEnd) {
+    }
+}
+
+/// Lets go of the table at the end of each page, so that whoever uses the rows may take their time.
+RecordsetRef Executor::ReadPage(std::string_view statement, PagePlace &place) {
+    PreparedStatement &prepared = m_cache.Get(statement);
+    const auto *select = std::get_if<SelectStatement>(&prepared.parsed->statement);
+    if (select) {
+        const TableUse table(*m_store, select->table.text, Access::Read);
+        SelectPlan &plan = PlanFor<BoundSelectPlan, SelectStatement>(prepared, statement, *table).plan;
+        if (place.next > 0 && table->GetIncarnation() != place.incarnation) {
+            throw Error("The table has changed while it was read.", error_number::kNoCurrentRow);
+        }
+        place.incarnation = table->GetIncarnation();
+        if (const auto page = plan.RunPage(*table, place.next, kPageRows)) {
+            place.isEnd = page->GetRecordCount() < static_cast<int>(kPageRows);
+            return page;
+        }
+    }
+    place.isEnd = true;
+    return Select(statement);
 }
 
 RecordsetRef Executor::Run(PreparedStatement &prepared, std::string_view text, const SelectStatement &select) {

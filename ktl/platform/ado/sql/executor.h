@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -22,9 +24,18 @@ class Executor {
     long long Execute(std::string_view statement);
     /// The rows of a Select; a closed recordset for any other statement, which is run. Throws Error.
     RecordsetRef Select(std::string_view statement);
+    /// As `Connection::ReadPages`.
+    void ReadPages(std::string_view statement, const std::function<bool(const RecordsetRef &page)> &use);
 
   private:
     RecordsetRef Run(PreparedStatement &prepared, std::string_view text, const SelectStatement &select);
+    /// Where a walk in pages stands.
+    struct PagePlace {
+        RowNumber next = 0;
+        std::uint64_t incarnation = 0;
+        bool isEnd = false;
+    };
+    RecordsetRef ReadPage(std::string_view statement, PagePlace &place);
     long long Run(PreparedStatement &prepared, std::string_view text, const InsertStatement &insert);
     long long Run(PreparedStatement &prepared, std::string_view text, const UpdateStatement &update);
     long long Run(PreparedStatement &prepared, std::string_view text, const DeleteStatement &remove);

@@ -61,6 +61,13 @@ void RowScan::Start(Table &table) {
     if (!m_byKey) table.Rewind();
 }
 
+bool RowScan::StartAt(Table &table, RowNumber row) {
+    Start(table);
+    if (!m_byKey) return table.RewindTo(row);
+    m_next = static_cast<std::size_t>(std::lower_bound(m_rows.begin(), m_rows.end(), row) - m_rows.begin());
+    return true;
+}
+
 bool RowScan::Next(Table &table) {
     if (m_byKey) {
         while (m_next < m_rows.size()) {

@@ -17,6 +17,8 @@ class RowScan {
 
     /// Begins a walk.
     void Start(Table &table);
+    /// Begins it at a row; false where the table cannot.
+    bool StartAt(Table &table, RowNumber row);
     /// Moves the table's cursor to the next accepted row.
     bool Next(Table &table);
 

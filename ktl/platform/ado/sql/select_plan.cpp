@@ -268,6 +268,18 @@ std::shared_ptr<StaticRecordset> SelectPlan::Run(Table &table, std::vector<RowNu
     return result;
 }
 
+std::shared_ptr<StaticRecordset> SelectPlan::RunPage(Table &table, RowNumber &next, std::size_t most) {
+    if (!m_order.empty() || m_aggregates || m_distinct || m_top >= 0) return nullptr;
+    for (BoundExpression &item : m_items) item.Prepare();
+    if (!m_scan.StartAt(table, next)) return nullptr;
+    auto page = std::make_shared<StaticRecordset>(std::shared_ptr<const std::vector<Column>>(m_columns));
+    for (; most > 0 && NextResult(table); --most) {
+        page->AddRow(m_cells.data());
+        next = table.GetRow() + 1;
+    }
+    return page;
+}
+
 void SelectPlan::RunAggregates(Table &table, StaticRecordset &result) {
     while (m_scan.Next(table)) {
         for (BoundExpression &item : m_items) item.Accumulate(table);

@@ -26,6 +26,9 @@ class SelectPlan {
 
     /// The recordset, and into `rows` the table's row of each result row in the order of `AddRow`.
     std::shared_ptr<StaticRecordset> Run(Table &table, std::vector<RowNumber> &rows);
+    /// Up to `most` rows from the table's row `next` on, which moves behind them; null where the rows have to be
+    /// gathered first. Fewer than `most` are the last ones.
+    std::shared_ptr<StaticRecordset> RunPage(Table &table, RowNumber &next, std::size_t most);
     /// Hands over each result row in turn; without order, limit and sums the rows are not gathered first.
     void ForEachRow(Table &table, const std::function<void(const std::vector<const Value *> &)> &use);
 

@@ -25,6 +25,11 @@ RecordsetRef StatementConnection::OpenRecordset(const CString &statement, bool) 
     return m_executor->Select(statement.View());
 }
 
+void StatementConnection::ReadPages(const CString &statement, const std::function<bool(const RecordsetRef &)> &use) {
+    RequireOpen();
+    m_executor->ReadPages(statement.View(), use);
+}
+
 RecordsetRef StatementConnection::OpenSchema(int schema) {
     RequireOpen();
     if (schema != kSchemaTables) {

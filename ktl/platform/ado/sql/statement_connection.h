@@ -16,6 +16,7 @@ class StatementConnection final : public Connection {
 
     long long Execute(const CString &statement) override;
     RecordsetRef OpenRecordset(const CString &statement, bool clientCursor) override;
+    void ReadPages(const CString &statement, const std::function<bool(const RecordsetRef &page)> &use) override;
     RecordsetRef OpenSchema(int schema) override;
     void Close() override;
     bool IsOpen() const override { return m_store != nullptr; }

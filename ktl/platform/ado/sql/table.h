@@ -33,6 +33,8 @@ class Table {
 
     /// Puts the cursor in front of the first row. Rows that are appended afterwards are not met.
     virtual void Rewind() = 0;
+    /// Puts it in front of that row; false in a store that walks from the first row only.
+    virtual bool RewindTo(RowNumber) { return false; }
     /// Moves to the next row that is not deleted; false at the end.
     virtual bool Next() = 0;
     /// Moves to that row; false when it is deleted or there is none.

@@ -1,5 +1,7 @@
 #include "ktl/platform/gdiplus/graphics_state.h"
 
+#include <algorithm>
+
 #include "ktl/platform/gdiplus/brush.h"
 #include "ktl/platform/gdiplus/raster/hatch.h"
 
@@ -29,6 +31,18 @@ ktl::raster::Affine Graphics::State::CairoMap() const {
         map.y0 += 0.5;
     }
     return map;
+}
+
+ktl::raster::Box Graphics::State::PixelsOf(double x, double y, double width, double height) const {
+    const ktl::raster::Affine map = CrispMap();
+    const ktl::raster::PointD a = map.Apply({x, y});
+    const ktl::raster::PointD b = map.Apply({x + width, y + height});
+    const auto edge = [](double v) {
+        constexpr std::int64_t kLimit = 1 << 30;
+        const std::int64_t pixel = (ktl::raster::ToFixed(v) + ktl::raster::kSubpixels - 1) >> 4;
+        return static_cast<int>(std::clamp(pixel, -kLimit, kLimit));
+    };
+    return {edge(std::min(a.x, b.x)), edge(std::min(a.y, b.y)), edge(std::max(a.x, b.x)), edge(std::max(a.y, b.y))};
 }
 
 }  // namespace Gdiplus

@@ -3,6 +3,7 @@
 #include <cairo.h>
 
 #include <memory>
+#include <new>
 #include <vector>
 
 #include "ktl/platform/gdiplus/graphics.h"
@@ -84,7 +85,25 @@ struct Gdiplus::Graphics::State {
     ktl::raster::Affine CrispMap() const;
     /// World units to those of Cairo, in which that centre lies at (i + 0.5, j + 0.5).
     ktl::raster::Affine CairoMap() const;
+    /// The pixels of a rectangle whose sides are level on the target.
+    ktl::raster::Box PixelsOf(double x, double y, double width, double height) const;
 };
+
+namespace Gdiplus {
+
+/// Runs one drawing call; lack of memory becomes a status, and what it left half-done is dropped.
+template <class Call>
+Status Guarded(Graphics::State &state, Call &&call) {
+    try {
+        call();
+        return Ok;
+    } catch (const std::bad_alloc &) {
+        state.scratch = ktl::raster::Scratch();
+        return OutOfMemory;
+    }
+}
+
+}  // namespace Gdiplus
 
 namespace ktl::raster {
 

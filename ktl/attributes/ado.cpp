@@ -28,8 +28,6 @@ using ktl::ado::ConnectionRef;
 using ktl::ado::RecordsetRef;
 using ktl::ado::Value;
 
-constexpr int kLongestStatement = 8192;
-
 CString NotConnected() {
     return ktl::FromUtf8("数据库未连接。");
 }
@@ -73,7 +71,7 @@ int CAdo::GetRecordCount(CString) {
 int CAdo::ExecuteSql(CString sql) {
     constexpr int kTooLongCode = 100098;
     if (sql.IsEmpty()) return 0;
-    if (sql.GetLength() > kLongestStatement) {
+    if (sql.GetLength() > ktl::kLongestStatement) {
         KtlWriteLog(kTooLongCode, ktl::FromUtf8("查询语句长度不能超过8192字节"), 1);
         return 0;
     }
@@ -150,9 +148,8 @@ unsigned char *CAdo::GetBLOBValue(const RecordsetRef &rows, CString field, long 
     return GuardStore(field, none, [&]() -> unsigned char * {
         const int column = rows->RequireColumn(field.View());
         size = rows->GetActualSize(column);
-        if (size <= 0) return nullptr;
+        if (size <= 0 || rows->GetCell(column).GetKind() != Value::Kind::Bytes) return nullptr;
         const Value chunk = rows->GetChunk(column, static_cast<int>(size));
-        if (chunk.GetKind() != Value::Kind::Bytes) return nullptr;
         auto block = std::make_unique<unsigned char[]>(static_cast<std::size_t>(size));
         const std::string_view bytes = chunk.Bytes();
         std::copy_n(bytes.begin(), std::min(bytes.size(), static_cast<std::size_t>(size)), block.get());

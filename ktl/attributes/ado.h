@@ -48,7 +48,8 @@ class KTL_API CAdo : public CObject {
     /// Nothing for a null pointer or a size of 0. The last argument has no effect.
     void AddBLOBValue(CString sql, CString field, unsigned char *bytes, long size, int flag);
     void AddBLOBValue(const ktl::ado::RecordsetRef &rows, CString field, unsigned char *bytes, long size, int flag);
-    /// A byte block of `size` bytes that the caller owns (delete[]); null when the cell holds none.
+    /// A byte block of `size` bytes that the caller owns (delete[]). Null when the cell holds none: of a text `size` is
+    /// told nevertheless.
     unsigned char *GetBLOBValue(const ktl::ado::RecordsetRef &rows, CString field, long &size);
 
     /// Closes an open connection.

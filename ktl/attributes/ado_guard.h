@@ -9,6 +9,8 @@ namespace ktl {
 
 /// The log's code of a store's faults.
 constexpr int kStoreFaultCode = 2;
+/// Bytes of a statement that is sent without asking for rows.
+constexpr int kLongestStatement = 8192;
 
 /// The fault's own description, in GBK.
 CString FaultText(const std::exception &fault);

@@ -16,6 +16,7 @@ class KTL_API CAdo_Local : public CAdo {
     int GetRecordCount(CString table, CString where);
 
   protected:
+    /// A folder or a file.
     CString strDBPath;
 
   private:

@@ -4,6 +4,7 @@
 #include <array>
 #include <limits>
 
+#include "ktl/core/paths.h"
 #include "ktl/platform/file.h"
 
 namespace ktl {
@@ -15,6 +16,16 @@ int DbfHead::RecordsIn(const CFile &file) const {
     const ULONGLONG room = (length - static_cast<ULONGLONG>(headerLength) + step - 1) / step;
     constexpr ULONGLONG kMost = std::numeric_limits<int>::max();
     return static_cast<int>(std::min<ULONGLONG>({recordCount, room, kMost}));
+}
+
+bool RemoveIfThere(const CString &path) {
+    if (KtlIsValidFilePath(path) != 1) return true;
+    try {
+        CFile::Remove(path);
+        return true;
+    } catch (const CFileException &) {
+        return false;
+    }
 }
 
 DbfHead ReadDbfHead(CFile &file) {

@@ -5,6 +5,7 @@
 #include "ktl/platform/types.h"
 
 class CFile;
+class CString;
 
 namespace ktl {
 
@@ -30,6 +31,9 @@ struct DbfHead {
 /// Columns that each table starts with, as bytes of a record behind the deletion mark.
 constexpr int kIdOffset = 1;
 constexpr int kShapeIdOffset = 5;
+
+/// Takes a file away, if there is one; false when that fails.
+bool RemoveIfThere(const CString &path);
 
 /// Reads from the file's start; what a short file lacks counts as zeros. Throws CFileException.
 DbfHead ReadDbfHead(CFile &file);

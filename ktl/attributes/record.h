@@ -12,6 +12,7 @@ class KTL_API CRecord : public CObject {
     explicit CRecord(int shapeID) : nShapeID(shapeID) {}
     ~CRecord() override = default;
 
+    /// Behind the others.
     void AddValue(CString value) { arrValues.Add(value); }
     /// New values are empty.
     void SetValueCount(int count) { arrValues.SetSize(count); }

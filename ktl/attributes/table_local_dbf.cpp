@@ -11,10 +11,6 @@
 
 namespace {
 
-bool IsNumber(ENUM_DATA type) {
-    return type == DATA_INT || type == DATA_BIGINT || type == DATA_NUMERIC || type == DATA_BOOL;
-}
-
 /// Sets a memo of more than `ktl::kMemoBytes`: a statement for each piece, of which each takes the place of the one
 /// before. The piece stands without quotes. Both are meant so; the memo is not stored.
 CString LongMemoStatement(const CString &table, const CString &field, const CString &value, int shapeID) {
@@ -51,7 +47,7 @@ CString NumberStatement(const CString &table, const CField &field, const CString
 /// Sets one value of a stored row; empty for a type whose values are not set.
 CString UpdateStatement(const CString &table, const CField &field, const CString &value, int shapeID) {
     if (field.eType == DATA_CHAR) return TextStatement(table, field.strName, value, shapeID);
-    if (IsNumber(field.eType)) return NumberStatement(table, field, value, shapeID);
+    if (ktl::IsNumberType(field.eType)) return NumberStatement(table, field, value, shapeID);
     if (field.eType != DATA_MEMO) return {};
     if (value.GetLength() > ktl::kMemoBytes) return LongMemoStatement(table, field.strName, value, shapeID);
     return TextStatement(table, field.strName, ktl::MemoLiteral(value), shapeID);

@@ -29,7 +29,8 @@ class KTL_API CTable_Local_dbf : public CTable_Local {
     CRecord *GetShapeProperty(int shapeID, int isNew) override;
     /// The table's name, the .dbf file and, from version 205 on, the memo file. Storing moves the buffer into the live
     /// file first; when the copy cannot be made, the stream gets nothing. Loading writes the files into the folder of
-    /// temporary tables, over older ones; a stream that ends early throws CArchiveException.
+    /// temporary tables, over older ones; a stream that ends early, or whose table is to lie elsewhere, throws
+    /// CArchiveException.
     void Serialize(CArchive &archive, int version) override;
     void DeleteRecord(int shapeID, int isNew) override;
     /// The bytes of a column without its last one, as text; rows that are deleted count.
@@ -57,7 +58,7 @@ class KTL_API CTable_Local_dbf : public CTable_Local {
     int CreateNewLayerTable(CFields *fields);
     /// Makes `table` of the table that stands in the folder with "b" behind its name: ID and ShapeID in front, its own
     /// columns behind them, every row numbered. The label is for the progress text; the control and the window may be
-    /// null, but a control needs a window. 1 or 0.
+    /// null, and without a control nothing is told. 1 or 0.
     int CreateDBFTable(CString label, CString table, CProgressCtrl *progress, CWnd *window);
 
   protected:

@@ -8,7 +8,6 @@
 #include "ktl/attributes/record.h"
 #include "ktl/attributes/table_local_dbf.h"
 #include "ktl/core/log.h"
-#include "ktl/core/paths.h"
 #include "ktl/platform/encoding.h"
 #include "ktl/platform/file.h"
 #include "ktl/platform/progress_ctrl.h"
@@ -26,19 +25,10 @@ CString DefinitionList(CFields &fields) {
     return list.Left(list.GetLength() - 1);
 }
 
-bool RemoveTableFile(const CString &path) {
-    if (KtlIsValidFilePath(path) != 1) return true;
-    try {
-        CFile::Remove(path);
-        return true;
-    } catch (const CFileException &) {
-        return false;
-    }
-}
-
 void TellProgress(const CString &label, int done, int count, CProgressCtrl &progress, CWnd *window) {
     const int percent = static_cast<int>(static_cast<LONGLONG>(done) * 100 / count);
     progress.SetPos(percent);
+    if (window == nullptr) return;
     CString text;
     text.Format(ktl::FromUtf8("[%s]属性导入进度 %d / %d = %d%%"), label.GetString(), done, count, percent);
     window->SetWindowText(text);
@@ -66,7 +56,7 @@ int CTable_Local_dbf::CreateNewLayerTable(CFields *fields) {
         columns->InitToDefault();
     }
     ReplaceFields(std::move(columns));
-    if (!RemoveTableFile(PathOf(strTableName))) return 0;
+    if (!ktl::RemoveIfThere(PathOf(strTableName))) return 0;
     CString sql;
     sql.Format("Create Table %s (%s)", strTableName.GetString(), DefinitionList(*pFields).GetString());
     return Execute(sql);
@@ -118,9 +108,6 @@ int CTable_Local_dbf::CreateDBFTable(CString label, CString table, CProgressCtrl
     if (CopyForeignRows(table, source, names, sql) == 0) return 0;
     sql.Format("Update %s Set ID=0,ShapeID=0", table.GetString());
     if (Execute(sql) == 0) return 0;
-    // The store lets go of the file before it is changed beside it.
-    sql.Format("USE IN SELECT ('%s')", table.GetString());
-    Execute(sql);
     return ModifyIDValue(label, PathOf(table), progress, window);
 }
 
@@ -196,7 +183,8 @@ int CTable_Local_dbf::DeleteField(CField field) {
 }
 
 void CTable_Local_dbf::UpdateField(CField field) {
-    const CField *found = pFields ? pFields->GetFieldByID(field.nID) : nullptr;
+    CFields *fields = GetTableFields();
+    const CField *found = fields != nullptr ? fields->GetFieldByID(field.nID) : nullptr;
     if (found == nullptr) return;
     const CField old = *found;
     if (CloseWorkArea() == 0) return;
@@ -210,5 +198,5 @@ void CTable_Local_dbf::UpdateField(CField field) {
         sql.Format("ALTER TABLE [%s] ALTER COLUMN %s", strTableName.GetString(), field.GetSQLString().GetString());
         Execute(sql);
     }
-    pFields->UpdateField(field);
+    fields->UpdateField(field);
 }

@@ -5,6 +5,7 @@
 
 #include "ktl/attributes/ado_guard.h"
 #include "ktl/attributes/ado_local_dbf.h"
+#include "ktl/attributes/dbf_head.h"
 #include "ktl/attributes/fields.h"
 #include "ktl/attributes/record.h"
 #include "ktl/attributes/table_local_dbf.h"
@@ -18,7 +19,6 @@
 
 namespace {
 
-constexpr int kLongestStatement = 8192;
 /// Documents carry memo files from this version on.
 constexpr int kMemoVersion = 205;
 constexpr ULONGLONG kCopyBytes = 64 * 1024;
@@ -44,17 +44,6 @@ bool WriteFile(CArchive &archive, const CString &path, const int *mark) {
     return true;
 }
 
-/// Takes an older file away; false when that fails.
-bool RemoveOld(const CString &path) {
-    if (KtlIsValidFilePath(path) == 0) return true;
-    try {
-        CFile::Remove(path);
-        return true;
-    } catch (const CFileException &) {
-        return false;
-    }
-}
-
 /// Makes a file of the length and the content in the stream.
 void ReadFile(CArchive &archive, const CString &path) {
     CFile file(path, CFile::modeCreate | CFile::modeReadWrite);
@@ -67,6 +56,13 @@ void ReadFile(CArchive &archive, const CString &path) {
         file.Write(buffer.data(), part);
         left -= part;
     }
+    file.Close();
+}
+
+/// A document's table lies in the folder of temporary tables and nowhere else.
+void RequireBareName(const CString &table) {
+    if (ktl::SystemPath(table).find('/') == std::string::npos) return;
+    throw CArchiveException(CArchiveException::badSchema);
 }
 
 CString NameList(CFields &fields) {
@@ -106,7 +102,7 @@ void CTable_Local_dbf::InsertRecord(const CString &table, const CString &names, 
     CString sql;
     sql.Format("Insert Into [%s] (%s) Values (%s)", table.GetString(), names.GetString(),
                ValueList(*pFields, record).GetString());
-    if (sql.GetLength() <= kLongestStatement && Execute(sql) != 0) return;
+    if (sql.GetLength() <= ktl::kLongestStatement && Execute(sql) != 0) return;
     KtlWriteLog(kNotInsertedCode, ktl::FromUtf8("添加记录失败，这里将插入一条空记录。"), 0);
     const CField *id = pFields->GetFieldAt(0);
     const CField *shape = pFields->GetFieldAt(1);
@@ -189,15 +185,18 @@ void CTable_Local_dbf::Load(CArchive &archive, int version) {
     const CString folder = KtlGetTempDBFolderPath();
     pAdo = std::make_unique<CAdo_Local_dbf>();
     ktl::GuardStore(folder, 0, [&] { return pAdo->ConnDB(folder); });
-    archive >> strTableName;
+    CString name;
+    archive >> name;
+    RequireBareName(name);
+    strTableName = name;
     const CString path = PathOf(strTableName);
-    if (!RemoveOld(path)) return;
+    if (!ktl::RemoveIfThere(path)) return;
     ReadFile(archive, path);
     ReplaceFields(nullptr);
     GetTableFields();
     int hasMemo = 0;
     if (version >= kMemoVersion) archive >> hasMemo;
     // The memo file of an older table of this name would give this one foreign texts.
-    if (!RemoveOld(MemoPath(path))) return;
+    if (!ktl::RemoveIfThere(MemoPath(path))) return;
     if (hasMemo == 1) ReadFile(archive, MemoPath(path));
 }

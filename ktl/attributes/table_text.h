@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ktl/attributes/field.h"
 #include "ktl/platform/string.h"
 
 namespace ktl {
@@ -9,6 +10,8 @@ constexpr int kLiteralBytes = 254;
 /// A memo of more bytes is not stored whole.
 constexpr int kMemoBytes = 8000;
 
+/// Of whole numbers, decimals and truth: such values stand in a statement without quotes.
+bool IsNumberType(ENUM_DATA type);
 /// Each ' doubled.
 CString DoubleQuotes(CString text);
 /// At most 254 bytes of a longer text, not cut through a character, and no more than its first line.
@@ -17,7 +20,8 @@ CString CutToLiteral(const CString &text);
 CString MemoLiteral(CString text);
 /// The same for a memo of a row that is stored for the first time: every line ends in a line feed, the last one too.
 CString MemoLines(CString text);
-/// The text with its literal ended and begun anew every 254 bytes.
+/// The text with its literal ended and begun anew every 254 bytes. A cut between two quotes alters the
+/// text, one in a joint spoils the statement: meant so.
 CString BreakLiteral(const CString &text);
 
 }  // namespace ktl

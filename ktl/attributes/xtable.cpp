@@ -2,17 +2,13 @@
 
 #include "ktl/attributes/fields.h"
 #include "ktl/attributes/record.h"
+#include "ktl/attributes/table_text.h"
 #include "ktl/core/log.h"
 
 namespace {
 
 /// The columns of a default row that are set from the shape: ID and ShapeID.
 constexpr int kSystemColumns = 2;
-
-CString DefaultValue(ENUM_DATA type) {
-    const bool isNumber = type == DATA_INT || type == DATA_BIGINT || type == DATA_NUMERIC || type == DATA_BOOL;
-    return isNumber ? "0" : "";
-}
 
 }  // namespace
 
@@ -77,7 +73,11 @@ void CXTable::AddNewRecord(int shapeID) {
     CString number;
     number.Format("%d", shapeID);
     for (int i = 0; i < count; ++i) {
-        record->SetValueAt(i, i < kSystemColumns ? number : DefaultValue(pFields->GetFieldAt(i)->eType));
+        if (i < kSystemColumns) {
+            record->SetValueAt(i, number);
+        } else if (ktl::IsNumberType(pFields->GetFieldAt(i)->eType)) {
+            record->SetValueAt(i, "0");
+        }
     }
     arrNewRecords.Add(record.get());
     record.release();

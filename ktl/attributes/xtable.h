@@ -40,7 +40,8 @@ class KTL_API CXTable : public CObject {
     virtual void DeleteRecord(int shapeID, int isNew);
     /// Replaces the array by a column's texts: of every stored row as the file holds them, then of every buffered one.
     virtual void ReadValueArray(CString field, CArray<CString, CString> &values);
-    /// The same by a statement; without deleted rows when `all` is 0.
+    /// The same by a statement; without deleted rows when `all` is 0. With no row in the file the buffered ones are
+    /// appended to what the array holds.
     virtual void ReadValueArrayBySql(CString field, CArray<CString, CString> &values, int all);
     /// `DeleteRecord` for each pair of two parallel arrays.
     virtual void DeleteRecords(CArray<int, int> &shapeIDs, CArray<int, int> &isNew);

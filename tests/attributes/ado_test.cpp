@@ -160,6 +160,11 @@ TEST_F(Ado, ByteBlocksGoBothWays) {
     m_ado.AddBLOBValue(rows, "pic", bytes.data(), 3, 1);
     rows->Update();
     EXPECT_TRUE(read() == bytes);
+    Run("Create Table m (ID int,note memo)");
+    Run("Insert Into m Values (1,'text')");
+    long length = 0;
+    EXPECT_EQ(m_ado.GetBLOBValue(m_ado.GetRecordset("Select * From m", 1, 0), "note", length), nullptr) << "a text";
+    EXPECT_EQ(length, 4);
     EXPECT_EQ(m_app.Log(), "");
     m_ado.AddBLOBValue("Select pic From none", "pic", bytes.data(), 3, 0);
     EXPECT_EQ(m_app.Logged(2), 1);

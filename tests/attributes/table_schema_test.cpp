@@ -120,6 +120,8 @@ TEST_F(TableSchema, ProgressComesEvery50Rows) {
     int upper = -1;
     control.GetRange(lower, upper);
     EXPECT_TRUE(lower == 0 && upper == 100);
+    ASSERT_EQ(Open()->CreateDBFTable("", "w001", &control, nullptr), 1) << "without a window";
+    EXPECT_TRUE(watcher.Seen().ends_with("100 0 41 83 100 ")) << watcher.Seen();
 }
 
 TEST_F(TableSchema, AddedColumnReachesFileListAndBuffer) {
@@ -195,6 +197,10 @@ TEST_F(TableSchema, ChangedColumnKeepsItsValues) {
     EXPECT_EQ(Rows("Select * From w001"), "1|1|abcd|42\n");
     EXPECT_EQ(ListOf(table->GetTableFields()), "0 ID 2 4 system\n1 ShapeID 2 4 system\n2 title 1 4\n3 size 1 12\n");
     EXPECT_EQ(m_app.Log(), "");
+    // A table that was not asked for its columns yet reads them.
+    field.strName = "length";
+    Open()->UpdateField(field);
+    EXPECT_EQ(Rows("Select length From w001"), "42\n");
     // The list follows even when the store refuses.
     field.strName = "ID";
     table->UpdateField(field);

@@ -225,6 +225,23 @@ TEST_F(TableStream, EveryCutStreamThrows) {
     EXPECT_THROW(LoadInto(loaded, longer), CArchiveException);
 }
 
+TEST_F(TableStream, TableOutsideTheFolderIsRefused) {
+    auto table = Make({});
+    const std::string content = Stored(*table).substr(5);
+    // The last one is a broken character before the separator.
+    for (const std::string name : {"../out", "..\\out", "/tmp/out", "x\\..\\..\\out", "\x81/../../out"}) {
+        CTable_Local_dbf loaded;
+        EXPECT_THROW(LoadInto(loaded, static_cast<char>(name.size()) + name + content), CArchiveException) << name;
+        EXPECT_EQ(loaded.GetTableName(), "");
+    }
+    EXPECT_FALSE(m_app.Folder().Has("out.dbf"));
+    // 乗 ends in the code of a backslash, which is no separator.
+    const std::string chinese(ktl::FromUtf8("乗").View());
+    CTable_Local_dbf loaded;
+    LoadInto(loaded, '\2' + chinese + content);
+    EXPECT_EQ(loaded.GetFieldCount(), 2);
+}
+
 TEST_F(TableStream, FileThatCannotBeReplacedEndsLoading) {
     auto table = Make({Field("name", DATA_CHAR, 5)});
     const std::string bytes = Stored(*table);

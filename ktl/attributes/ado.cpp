@@ -38,7 +38,8 @@ ktl::ado::Connection &Require(const ConnectionRef &connection) {
 }
 
 CString CellText(const Value &cell) {
-    return cell.IsNull() ? CString() : cell.ToText().TrimRight();
+    const bool hasText = !cell.IsNull() && cell.GetKind() != Value::Kind::Bytes;
+    return hasText ? cell.ToText().TrimRight() : CString();
 }
 
 bool IsTableNamed(const RecordsetRef &schema, const CString &lowerName) {

@@ -35,7 +35,7 @@ class KTL_API CAdo : public CObject {
     /// there are no rows. `clientCursor` other than 0 holds the rows on this side.
     ktl::ado::RecordsetRef GetRecordset(CString sql, int nullIfEmpty, int clientCursor);
 
-    /// The current row's cell as text, blanks at its right end trimmed; empty for a null cell.
+    /// The current row's cell as text, blanks at its right end trimmed; empty for a null cell and for a byte block.
     CString GetItemValue(const ktl::ado::RecordsetRef &rows, CString field);
     CString GetItemValue(const ktl::ado::RecordsetRef &rows, int field);
 

@@ -48,6 +48,14 @@ void ReadCells(CFile &file, const ktl::DbfHead &head, int offset, int width, CAr
     }
 }
 
+/// The keywords stand in the pattern as they are.
+CString SearchStatement(const CString &table, const CString &column, const CString &keyWords) {
+    CString sql;
+    sql.Format("Select Top %d ShapeID,%s From %s Where %s Like '%%%s%%' And ID <> -1 Order By ShapeID", kMostHits,
+               column.GetString(), table.GetString(), column.GetString(), keyWords.GetString());
+    return sql;
+}
+
 /// False when the array is full.
 bool AddHit(const STRUCT_SEARCH_RESULT &hit, SearchResults &results) {
     results.Add(hit);
@@ -140,10 +148,7 @@ void CTable_Local_dbf::SearchByKeyWords(int layerIndex, CString layerName, int f
     CFields *fields = GetTableFields();
     const CField *column = fields != nullptr ? fields->GetFieldAt(field) : nullptr;
     if (column == nullptr) return;
-    CString sql;
-    sql.Format("Select Top %d ShapeID,%s From %s Where %s Like '%%%s%%' And ID <> -1 Order By ShapeID", kMostHits,
-               column->strName.GetString(), strTableName.GetString(), column->strName.GetString(),
-               keyWords.GetString());
+    const CString sql = SearchStatement(strTableName, column->strName, keyWords);
     const ktl::ado::RecordsetRef rows = pAdo ? pAdo->GetRecordset(sql, 1, 0) : nullptr;
     if (!rows) return;
     for (; !rows->IsEOF(); rows->MoveNext()) {

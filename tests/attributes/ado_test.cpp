@@ -157,6 +157,7 @@ TEST_F(Ado, ByteBlocksGoBothWays) {
 
     bytes.resize(3);
     const ktl::ado::RecordsetRef rows = m_ado.GetRecordset("Select pic From t", 1, 0);
+    EXPECT_EQ(m_ado.GetItemValue(rows, 0), "") << "a block has no text";
     m_ado.AddBLOBValue(rows, "pic", bytes.data(), 3, 1);
     rows->Update();
     EXPECT_TRUE(read() == bytes);

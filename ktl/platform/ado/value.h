@@ -37,6 +37,9 @@ struct DateTime {
     friend constexpr auto operator<=>(const DateTime &, const DateTime &) = default;
 };
 
+/// The date of a cell that is empty without being null: before day 0, and written as blanks. Its text is that of day 0.
+inline constexpr DateTime kEmptyDate{0, -1};
+
 /// Year, month, day and time of day as people write them (proleptic Gregorian calendar).
 struct CivilTime {
     int year = 1899;

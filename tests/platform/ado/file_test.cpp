@@ -278,12 +278,46 @@ TEST_F(File, TheHiddenColumnTellsNullsAndLengths) {
     tables.Run("Update h Set V='xyz',L=Null Where ID=7");
     tables.Run("Insert Into h (ID) Values (8)");
     EXPECT_EQ(tables.Rows("Select ID,V,L,N From h"), "7|xyz|~|0\n~|abcde|-1|1.5\n8|~|~|0\n");
-    EXPECT_EQ(tables.Fault("Update h Set N=Null"), "1581 Column \"N\" does not take a null.");
+    EXPECT_EQ(tables.Fault("Update h Set N=Null"),
+              "1581 Column \"N\" does not take a null in record 1 of table \"h\".");
     // The hidden column stays, at the end, with its bits in the new places.
     tables.Run("Alter Table h Drop Column ID");
     tables.Run("Alter Table h Add z Char(2)");
     EXPECT_EQ(tables.Rows("Select * From h"), "xyz|0|~|0:00:00|\nabcde|1.5|-1|~|\n~|0|~|~|\n");
     EXPECT_EQ(Bytes("h.dbf")[32 + 5 * 32 + 11], '0');
+}
+
+TEST_F(File, AnEmptyDateIsWrittenAsBlanksAndTheZeroDayIsNot) {
+    tables.Run("Create Table e (d date, s datetime)");
+    tables.Run("Insert Into e Values ({}, {})");
+    tables.Run("Insert Into e Values ({^1899-12-30}, {^1899-12-30})");
+    EXPECT_EQ(Bytes("e.dbf").substr(360, 17), std::string(9, ' ') + std::string(8, '\0'));
+    EXPECT_EQ(tables.Rows("Select * From e"), "~|~\n0:00:00|0:00:00\n");
+    // Where nulls have marks a blank is the empty date.
+    ForeignTable table(0x30);
+    table.Column("D", 'D', 8, 0, 2).Column("_NullFlags", '0', 1, 0, 0x05);
+    table.Row(std::string("20200131\0", 9)).Save(folder, "m.dbf");
+    tables.Run("Update m Set D={}");
+    EXPECT_EQ(tables.Rows("Select Count(0) From m Where D={}"), "1\n");
+    EXPECT_EQ(Bytes("m.dbf").substr(32 + 64 + 264, 10), std::string(9, ' ') + '\0');
+}
+
+TEST_F(File, PackTakesTheDeletedRowsOutAndKeepsTheOthersMemos) {
+    tables.Run("Create Table p (ID int, ShapeID int, m memo)");
+    for (int i = 0; i < 10; ++i) {
+        const std::string n = std::to_string(i);
+        tables.Run("Insert Into p Values (" + n + "," + n + ",'memo " + n + "')");
+    }
+    tables.Run("Delete From p Where ShapeID % 2 = 0");
+    tables.Run("Pack p");
+    const std::string bytes = Bytes("p.dbf");
+    EXPECT_EQ(Number(bytes, 4, 4), 5U);
+    EXPECT_EQ(bytes.size(), 32U + 3 * 32 + 264 + 5 * 13 + 1);
+    EXPECT_EQ(tables.Rows("Select m From p Where ShapeID=7"), "memo 7\n");
+    tables.Run("Use p");
+    tables.Run("Delete From p Where ShapeID=1");
+    tables.Run("Pack");
+    EXPECT_EQ(tables.Rows("Select ShapeID,m From p"), "3|memo 3\n5|memo 5\n7|memo 7\n9|memo 9\n");
 }
 
 TEST_F(File, AutoincrementGoesOnInTheHeader) {
@@ -333,6 +367,16 @@ TEST_F(File, OddHeadersOfOtherWritersAreTaken) {
     table.Row(std::string(299, 'w') + "." + " 42");
     table.Save(folder, "odd.dbf");
     EXPECT_EQ(tables.Rows("Select * From odd"), std::string(299, 'w') + ".|42\n");
+    // The newer kind without the area behind the columns, with enough of them to be taken for it.
+    ForeignTable bare(0x30);
+    for (int i = 0; i < 10; ++i) bare.Column("C" + std::to_string(i), 'C', 1);
+    bare.Row("0123456789");
+    std::string bytes = bare.Bytes();
+    bytes.erase(32 + 10 * 32 + 1, 263);
+    bytes[8] = static_cast<char>(32 + 10 * 32 + 1 - 256);
+    bytes[9] = 1;
+    folder.Write("bare.dbf", bytes);
+    EXPECT_EQ(tables.Rows("Select C0,C9 From bare"), "0|9\n");
     // Times a millisecond short.
     ForeignTable times(0x30);
     times.Column("T", 'T', 8, 0, 4)

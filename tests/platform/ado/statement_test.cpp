@@ -100,6 +100,59 @@ TEST_F(Statement, SumsOverRowsGiveOneRowEvenWithoutAny) {
     EXPECT_EQ(tables.Open("Select Max(v) From t")->GetColumn(0).type, ado::DataType::Numeric);
 }
 
+TEST_F(Statement, GroupsAreToldApartAndSummed) {
+    tables.Run("Create Table g (k Char(4), n int, v numeric(5,1))");
+    for (const char *row : {"'b',1,1.5", "'a',1,2", "'b',2,Null", "'a',1,3", "'c',5,7", "'b',1,1.50"}) {
+        tables.Run(std::string("Insert Into g Values (") + row + ")");
+    }
+    const struct {
+        const char *statement;
+        const char *rows;
+    } cases[] = {
+        {"Select k,Count(*),Sum(v) From g Group By k", "a|2|5\nb|3|3\nc|1|7\n"},
+        {"Select v,Count(*) From g Group By v", "~|1\n1.5|2\n2|1\n3|1\n7|1\n"},
+        {"Select k,n,Avg(v) From g Group By k,n", "a|1|2.5\nb|1|1.5\nb|2|~\nc|5|7\n"},
+        {"Select Upper(k) As u,Max(n)*2 From g Where v > 1.5 Group By u", "A|2\nC|10\n"},
+        {"Select n+1,Count(*) From g Group By 1 Order By 2 Desc", "2|4\n3|1\n6|1\n"},
+        {"Select k From g Group By k Having Count(*) > 1 And k <> 'a'", "b\n"},
+        {"Select Top 1 k From g Group By k Order By Sum(v) Desc", "c\n"},
+        {"Select Distinct Count(*) From g Group By n Order By 1", "1\n4\n"},
+        {"Select k,Count(*) From g Where n=99 Group By k", ""},
+    };
+    for (const auto &row : cases) EXPECT_EQ(tables.Rows(row.statement), row.rows) << row.statement;
+    tables.Run("Create Table h (k Char(4), n int)");
+    EXPECT_EQ(tables.Run("Insert Into h Select k,Count(*) From g Group By k"), 3);
+    EXPECT_EQ(tables.Rows("Select * From h Where k='b'"), "b|3\n");
+}
+
+TEST_F(Statement, AValueThatFailsAtALaterRowLeavesEveryRow) {
+    // More rows than are held at a time.
+    tables.Run("Create Table w (ID int, ShapeID int, v numeric(4,1), name Char(250), m memo)");
+    tables.Run("Insert Into w Values (0,1,1,'n','1')");
+    for (int rows = 1; rows < 2048; rows *= 2) {
+        tables.Run("Insert Into w Select ID,ShapeID+" + std::to_string(rows) + ",v,name,m From w");
+    }
+    const char *const failing[] = {
+        "Update w Set v=1/(ShapeID-2000)",
+        "Update w Set ID=7,v=ShapeID*6",
+        "Update w Set v=2,ID=ShapeID*2000000",
+        "Update w Set v=1/(ShapeID-5) Where ShapeID In (1,2,5)",
+        "Update w Set v=2 Where 1/(ShapeID-2000) > 0",
+        "Update w Set m='0',v=1/Val(m)",
+        "Delete From w Where 1/(ShapeID-2000) < 5",
+        "Replace All v With 1/(ShapeID-2000)",
+        "Replace All m With 'x' Additive, v With 1/(ShapeID-2000)",
+    };
+    tables.Run("Use w");
+    for (const char *statement : failing) {
+        EXPECT_EQ(tables.Fault(statement).substr(0, 3), "39 ") << statement;
+        EXPECT_EQ(tables.Rows("Select Count(0),Sum(v),Sum(ID) From w Where m='1'"), "2048|2048|0\n") << statement;
+    }
+    // What a row has been given is what the next value sees, in the check as in the change.
+    EXPECT_EQ(tables.Run("Update w Set m='2',v=1/Val(m),name=m,ID=Len(name) Where ShapeID > 2000"), 48);
+    EXPECT_EQ(tables.Rows("Select Distinct v,name,ID,m From w Where ShapeID > 2000"), "0.5|2|250|2\n");
+}
+
 TEST_F(Statement, AssignmentsRunFromLeftToRight) {
     EXPECT_EQ(tables.Run("Update t Set ID=ID+10, ShapeID=ID Where ShapeID=1"), 1);
     EXPECT_EQ(tables.Rows("Select ID,ShapeID From t Where ShapeID=11"), "11|11\n");
@@ -140,8 +193,20 @@ TEST_F(Statement, FaultsAreFoundBeforeAnyRowIsTouched) {
         {"Insert Into t (ID,s) Values (1,2020-1-2)",
          "107 Column \"s\" takes a date, not a number, at byte 38 near \"-2)\"."},
         {"Select ID,Max(v) From t",
-         "10 Syntax error: a column beside a sum over rows needs grouping, which is not "
-         "supported at byte 8 near \"ID,Max(v) From t\"."},
+         "10 Syntax error: a column beside sums over rows needs its Group By at byte 8 near \"ID,Max(v) From t\"."},
+        {"Select Max(v)+v From t Where ID=99",
+         "10 Syntax error: a column beside sums over rows needs its Group By at byte 15 near \"v From t Where "
+         "ID=99\"."},
+        {"Select name,v,Count(*) From t Group By name",
+         "10 Syntax error: a column beside sums over rows needs its Group By at byte 13 near \"v,Count(*) From t "
+         "Group \"."},
+        {"Select * From t Group By 1",
+         "10 Syntax error: there is no result column of this number at byte 26 near \"1\"."},
+        {"Select Count(*) As n From t Group By n",
+         "10 Syntax error: a sum over rows cannot stand here at byte 8 near \"Count(*) As n From t Gro\"."},
+        {"Select ID From t Order By 2", "12 Order By names a result column that there is not at byte 27 near \"2\"."},
+        {"Select ID From t Where v In (Select v From t)",
+         "10 Syntax error: a Select within a statement is not supported at byte 30 near \"Select v From t)\"."},
         {"Update t Set v=1 Where Max(v)=1",
          "10 Syntax error: a sum over rows cannot stand here at byte 24 near \"Max(v)=1\"."},
         {"Alter Table t Drop Column nope", "12 Column \"nope\" is not found."},
@@ -151,7 +216,7 @@ TEST_F(Statement, FaultsAreFoundBeforeAnyRowIsTouched) {
         {"Create Table u (a Char(255))", "10 Column \"a\" at byte 17: a text is 1 to 254 bytes wide."},
         {"Create Table u (a numeric(21,2))", "10 Column \"a\" at byte 17: a number is 1 to 20 digits wide."},
         {"Replace v With 1", "13 No table is open in the current work area."},
-        {"Update t Set v=1/(ShapeID-1)", "39 Cannot divide by 0."},
+        {"Update t Set v=1/(ShapeID-1)", "39 Cannot divide by 0 in record 1 of table \"t\"."},
     };
     const std::string before = tables.Rows("Select * From t");
     for (const auto &row : cases) EXPECT_EQ(tables.Fault(row.statement), row.fault) << row.statement;

@@ -1,5 +1,6 @@
 #include "ktl/platform/ado/dbase/beside.h"
 
+#include "ktl/platform/encoding.h"
 #include "ktl/platform/filesystem.h"
 
 namespace ktl::ado::dbase {
@@ -15,6 +16,11 @@ std::string FindBeside(const std::string &path, const char *extension) {
     const std::string found = ExistingPath(WithExtension(path, extension));
     FileInfo info;
     return FileSystem::Current().Stat(found, info) == 0 && !info.isFolder ? found : std::string();
+}
+
+CString TableNameOf(const std::string &path) {
+    const std::string bare = WithExtension(path, "");
+    return FromUtf8(bare.substr(bare.rfind('/') + 1));
 }
 
 }  // namespace ktl::ado::dbase

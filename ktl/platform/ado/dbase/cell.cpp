@@ -140,7 +140,7 @@ void SetEmptyValue(const Field &field, Value &value) {
             return value.SetBool(false);
         case 'D':
         case 'T':
-            return value.SetDateTime({});
+            return value.SetDateTime(kEmptyDate);
         case 'N':
         case 'F':
             return value.SetDecimal({});
@@ -244,7 +244,23 @@ void EncodeCurrency(const Field &field, const Value &value, bool lossy, char *ce
     StoreLittle64(cell, static_cast<std::uint64_t>(fits ? static_cast<std::int64_t>(exact->units) : 0));
 }
 
+void StoreDouble(double number, char *cell) {
+    std::uint64_t bits = 0;
+    std::memcpy(&bits, &number, sizeof bits);
+    StoreLittle64(cell, bits);
+}
+
+void EncodeTimestamp(DateTime time, char *cell) {
+    const bool empty = time == kEmptyDate;
+    StoreLittle32(cell, empty ? 0 : static_cast<std::uint32_t>(time.day + kJulianDayOfZero));
+    StoreLittle32(cell + 4, empty ? 0 : static_cast<std::uint32_t>(time.milliseconds));
+}
+
 void EncodeDate(DateTime time, char *cell) {
+    if (time == kEmptyDate) {
+        std::memset(cell, ' ', 8);
+        return;
+    }
     const CivilTime civil = ToCivil({time.day, 0});
     const int digits = civil.year * 10'000 + civil.month * 100 + civil.day;
     for (int i = 7, rest = digits; i >= 0; --i, rest /= 10) cell[i] = static_cast<char>('0' + rest % 10);
@@ -352,12 +368,7 @@ void EncodeCell(const Field &field, const Value &value, bool lossy, char *record
         case 'F':
             return EncodeNumber(field, value, lossy, cell);
         case 'B':
-            if (field.width == 8) {
-                const double number = value.ToDouble();
-                std::uint64_t bits = 0;
-                std::memcpy(&bits, &number, sizeof bits);
-                return StoreLittle64(cell, bits);
-            }
+            if (field.width == 8) return StoreDouble(value.ToDouble(), cell);
             break;
         case 'Y':
             if (field.width == 8) return EncodeCurrency(field, value, lossy, cell);
@@ -372,10 +383,7 @@ void EncodeCell(const Field &field, const Value &value, bool lossy, char *record
             if (field.width == 8) return EncodeDate(value.Time(), cell);
             break;
         case 'T':
-            if (field.width == 8) {
-                StoreLittle32(cell, static_cast<std::uint32_t>(value.Time().day + kJulianDayOfZero));
-                return StoreLittle32(cell + 4, static_cast<std::uint32_t>(value.Time().milliseconds));
-            }
+            if (field.width == 8) return EncodeTimestamp(value.Time(), cell);
             break;
         default:
             break;

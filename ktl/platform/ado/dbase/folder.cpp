@@ -49,7 +49,7 @@ class FileHold {
         if (FileSystem::Current().Stat(path, info) != 0) return;
         m_file.Open(path);
         if (!m_file.Lock(FileLock::Exclusive)) {
-            throw Error("The table is in use by another.", error_number::kFileInUse);
+            throw Error("Table \"" + TableNameOf(path) + "\" is in use by another.", error_number::kFileInUse);
         }
     }
     bool Exists() const { return m_file.IsOpen(); }
@@ -166,6 +166,15 @@ void Folder::AlterTable(const sql::AlterTableStatement &change) {
         ChangeTable(*table, change);
     }
     CloseTable(change.table.text);
+}
+
+void Folder::PackTable(const CString &name) {
+    {
+        const std::shared_ptr<Table> table = Open(name, sql::Access::Write);
+        const StatementEnd end(*table);
+        dbase::PackTable(*table);
+    }
+    CloseTable(name);
 }
 
 void Folder::UseTable(const CString &name, bool exclusive) {

@@ -24,6 +24,7 @@ class Folder final : public sql::Store {
     void CreateTable(const CString &name, const std::vector<sql::ColumnDefinition> &columns) override;
     void DropTable(const CString &name) override;
     void AlterTable(const sql::AlterTableStatement &change) override;
+    void PackTable(const CString &name) override;
     void UseTable(const CString &name, bool exclusive) override;
     void CloseTable(const CString &name) override;
 

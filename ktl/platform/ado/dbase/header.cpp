@@ -113,6 +113,21 @@ void PlaceFields(Header &header) {
     }
 }
 
+/// Reads the columns' entries; behind them and their end mark there are `tail` bytes.
+void ReadFields(std::string_view entries, std::size_t tail, const CodePage &codePage, Header &header) {
+    header.fields.clear();
+    header.backlink.clear();
+    for (std::size_t at = 0; at + kEntrySize + tail <= entries.size(); at += kEntrySize) {
+        // The header's length is what counts; the end mark only tells where the entries stop before it.
+        if (static_cast<std::uint8_t>(entries[at]) == kHeaderEnd || entries[at] == '\0') break;
+        header.fields.push_back(ParseEntry(entries.data() + at, codePage));
+    }
+    const std::size_t behind = header.fields.size() * kEntrySize + 1;
+    if (tail != 0 && behind + tail <= entries.size()) header.backlink = entries.substr(behind, tail);
+    WidenLongTexts(header);
+    PlaceFields(header);
+}
+
 }  // namespace
 
 Column Field::Describe() const {
@@ -175,20 +190,16 @@ Header ParseHeader(std::string_view bytes, const CodePage &codePage) {
     if (header.headerLength < kHeaderStart + 1) ThrowNotATable("its header is too short");
     if (header.headerLength > bytes.size()) ThrowNotATable("the file ends within its header");
 
-    const std::size_t tail =
-        header.IsFoxProFamily() && header.headerLength >= kHeaderStart + kBacklinkSize + 1 ? kBacklinkSize : 0;
-    const std::size_t entries = (header.headerLength - kHeaderStart - tail) / kEntrySize;
-    for (std::size_t i = 0; i < entries; ++i) {
-        const char *entry = bytes.data() + kHeaderStart + i * kEntrySize;
-        // The header's length is what counts; the end mark only tells where the entries stop before it.
-        if (static_cast<std::uint8_t>(entry[0]) == kHeaderEnd || entry[0] == '\0') break;
-        header.fields.push_back(ParseEntry(entry, codePage));
+    const std::size_t entryBytes = header.headerLength - kHeaderStart;
+    const bool family = header.IsFoxProFamily() && entryBytes >= kBacklinkSize + 1;
+    ReadFields(bytes.substr(kHeaderStart, entryBytes), family ? kBacklinkSize : 0, codePage, header);
+    if (family && SumOfWidths(header) != header.recordLength) {
+        // Some writers leave the backlink area out.
+        Header bare = header;
+        ReadFields(bytes.substr(kHeaderStart, entryBytes), 0, codePage, bare);
+        if (SumOfWidths(bare) == header.recordLength) header = bare;
     }
     if (header.fields.empty()) ThrowNotATable("it has no columns");
-    const std::size_t behind = kHeaderStart + header.fields.size() * kEntrySize + 1;
-    if (tail != 0 && behind + tail <= header.headerLength) header.backlink = bytes.substr(behind, tail);
-    WidenLongTexts(header);
-    PlaceFields(header);
     if (SumOfWidths(header) > header.recordLength) ThrowNotATable("its columns are wider than its records");
     return header;
 }

@@ -133,15 +133,16 @@ std::vector<NewField> ApplyChange(const Header &header, const sql::AlterTableSta
 /// Writes the new table's rows from the old one's.
 class Copier : private MemoSource {
   public:
-    Copier(Table &table, const sql::AlterTableStatement &change)
+    Copier(Table &table, std::vector<NewField> fields, bool keepsDeleted)
         : m_table(table),
-          m_fields(ApplyChange(table.GetHeader(), change)),
+          m_fields(std::move(fields)),
+          m_keepsDeleted(keepsDeleted),
           m_tableFile(table.GetPath()),
           m_codec(m_header, table.GetCodePage(), *this) {
         const Header &old = table.GetHeader();
         m_header.codePageMark = table.GetCodePage().IsGbk() ? kCodePageGbk : old.codePageMark;
         m_header.backlink = old.backlink;
-        m_header.recordCount = table.GetRowCount();
+        m_header.recordCount = keepsDeleted ? table.GetRowCount() : CountLive(table);
         for (const NewField &field : m_fields) m_header.fields.push_back(field.field);
         m_header.Arrange();
     }
@@ -158,6 +159,12 @@ class Copier : private MemoSource {
     }
 
   private:
+    static std::uint32_t CountLive(Table &table) {
+        std::uint32_t count = 0;
+        for (table.Rewind(); table.Next();) ++count;
+        return count;
+    }
+
     /// An .fpt stays and is added to; a .dbt is copied into a new .fpt, which has pointers of its own.
     void ChooseMemo() {
         if (!m_header.HasMemo()) return;
@@ -177,7 +184,7 @@ class Copier : private MemoSource {
         std::uint64_t written = 0;
         std::string blank(m_header.recordLength, kLiveMark);
         for (const Field &field : m_header.fields) BlankCell(field, blank.data());
-        for (m_table.Rewind(); m_table.NextOfAll();) {
+        for (m_table.Rewind(); m_keepsDeleted ? m_table.NextOfAll() : m_table.Next();) {
             const std::size_t start = buffer.size();
             buffer += blank;
             ConvertRecord(buffer.data() + start);
@@ -230,6 +237,7 @@ class Copier : private MemoSource {
 
     Table &m_table;
     std::vector<NewField> m_fields;
+    bool m_keepsDeleted;
     Header m_header;
     NewFile m_tableFile;
     std::optional<NewFile> m_newMemoFile;
@@ -242,7 +250,11 @@ class Copier : private MemoSource {
 }  // namespace
 
 void ChangeTable(Table &table, const sql::AlterTableStatement &change) {
-    Copier(table, change).Run();
+    Copier(table, ApplyChange(table.GetHeader(), change), true).Run();
+}
+
+void PackTable(Table &table) {
+    Copier(table, TakeOver(table.GetHeader()), false).Run();
 }
 
 void MakeTable(const std::string &systemPath, const std::vector<sql::ColumnDefinition> &columns) {

@@ -13,6 +13,9 @@ namespace ktl::ado::dbase {
 /// Throws Error and leaves the old table as it was.
 void ChangeTable(Table &table, const sql::AlterTableStatement &change);
 
+/// Writes the table anew without its deleted rows, as `ChangeTable` does; memo texts stay where they are.
+void PackTable(Table &table);
+
 /// Writes an empty table and its memo file in place of one of that name, if any.
 void MakeTable(const std::string &systemPath, const std::vector<sql::ColumnDefinition> &columns);
 

@@ -16,16 +16,18 @@ namespace {
 
 /// How much of the file a walk over the rows reads at a time, and at most a single look at a row.
 constexpr std::size_t kWalkBytes = 256 * 1024;
-/// Appended rows are written when they reach this size, at the latest when the statement ends.
-constexpr std::size_t kAppendBytes = 256 * 1024;
-/// A statement that changes more keys than this drops the index instead of mending it.
-constexpr std::uint32_t kManyKeyChanges = 1000;
+/// Rows that lie at most so many windows apart are looked at in one go.
+constexpr std::uint32_t kNearWindows = 4;
 
 CodePage ChooseCodePage(const std::string &path, std::uint8_t mark) {
     const std::string beside = FindBeside(path, ".cpg");
     std::string name;
     if (!beside.empty() && ReadWholeFile(beside, name) == 0) return CodePage::FromName(name.substr(0, 64));
     return CodePage::FromMark(mark);
+}
+
+[[noreturn]] void ThrowInUse(const std::string &path) {
+    throw Error("Table \"" + TableNameOf(path) + "\" is in use by another.", error_number::kInUseByAnother);
 }
 
 }  // namespace
@@ -72,24 +74,15 @@ Table::Stamp Table::StampOf(const FileInfo &info) const {
     return {info.size, info.changed, info.changedFraction, m_changes->load(std::memory_order_acquire)};
 }
 
+void Table::RequireWritable(sql::Access access) const {
+    if (access == sql::Access::Write && !m_file.IsWritable()) ThrowFileError("written", m_file.GetPath(), EACCES);
+}
+
 bool Table::Begin(sql::Access access) {
-    const auto requireWritable = [&] {
-        if (access == sql::Access::Write && !m_file.IsWritable()) {
-            ThrowFileError("written", m_file.GetPath(), EACCES);
-        }
-    };
-    if (m_depth > 0) {
-        requireWritable();
-        if (access == sql::Access::Write && !m_writing && !LockFor(access)) {
-            throw Error("The table is in use by another.", error_number::kInUseByAnother);
-        }
-        m_writing = m_writing || access == sql::Access::Write;
-        ++m_depth;
-        return true;
-    }
+    if (m_depth > 0) return BeginAgain(access);
     if (!OpenTables::Instance().SetBusy(m_place, true)) return false;
     try {
-        requireWritable();
+        RequireWritable(access);
         const bool good = BeginOnFile(access);
         if (!good) OpenTables::Instance().SetBusy(m_place, false);
         return good;
@@ -100,8 +93,17 @@ bool Table::Begin(sql::Access access) {
     }
 }
 
+bool Table::BeginAgain(sql::Access access) {
+    RequireWritable(access);
+    const bool writes = access == sql::Access::Write;
+    if (writes && !m_writing && !LockFor(access)) ThrowInUse(m_file.GetPath());
+    m_writing = m_writing || writes;
+    ++m_depth;
+    return true;
+}
+
 bool Table::BeginOnFile(sql::Access access) {
-    if (!LockFor(access)) throw Error("The table is in use by another.", error_number::kInUseByAnother);
+    if (!LockFor(access)) ThrowInUse(m_file.GetPath());
     const FileInfo info = m_file.Stat();
     const Stamp stamp = StampOf(info);
     if (stamp != m_stamp || info.links == 0) {
@@ -120,29 +122,24 @@ bool Table::BeginOnFile(sql::Access access) {
     return true;
 }
 
-/// Reads the header again; a changed set of columns makes this another table for bound statements.
-void Table::LoadHeader(const FileInfo &info) {
+std::string Table::ReadHeaderBytes() const {
     std::string bytes(kHeaderStart, '\0');
     bytes.resize(m_file.Read(0, bytes.data(), bytes.size()));
-    if (bytes.size() == kHeaderStart) {
-        const std::size_t length = LoadLittle16(bytes.data() + kHeaderLengthAt);
-        bytes.resize(std::max(length, kHeaderStart));
-        bytes.resize(kHeaderStart +
-                     m_file.Read(kHeaderStart, bytes.data() + kHeaderStart, bytes.size() - kHeaderStart));
-    }
+    if (bytes.size() < kHeaderStart) return bytes;
+    bytes.resize(std::max<std::size_t>(LoadLittle16(bytes.data() + kHeaderLengthAt), kHeaderStart));
+    bytes.resize(kHeaderStart + m_file.Read(kHeaderStart, bytes.data() + kHeaderStart, bytes.size() - kHeaderStart));
+    return bytes;
+}
+
+/// Reads the header again; a changed set of columns makes this another table for bound statements.
+void Table::LoadHeader(const FileInfo &info) {
+    const std::string bytes = ReadHeaderBytes();
     // Date and count change with the rows, autoincrement values too; all else is the table's form.
     std::string form = bytes;
     if (form.size() > kCountAt + 4) form.replace(kDateAt, 7, 7, '\0');
     if (form != m_headerBytes || m_columns.empty()) {
-        m_codePage = ChooseCodePage(m_file.GetPath(),
-                                    bytes.size() > kCodePageAt ? static_cast<std::uint8_t>(bytes[kCodePageAt]) : 0);
-        m_header = ParseHeader(bytes, m_codePage);
+        TakeForm(bytes);
         m_headerBytes = std::move(form);
-        DescribeColumns();
-        m_memo.reset();
-        m_memoPath.clear();
-        if (m_header.HasMemo()) LookForMemo();
-        RenewIncarnation();
     }
     m_date = bytes.substr(kDateAt, 3);
     // A file that ends early has fewer rows than its count says.
@@ -152,8 +149,19 @@ void Table::LoadHeader(const FileInfo &info) {
     ForgetIndexes();
 }
 
-void Table::DescribeColumns() {
+void Table::TakeForm(std::string_view bytes) {
+    const auto mark = bytes.size() > kCodePageAt ? static_cast<std::uint8_t>(bytes[kCodePageAt]) : std::uint8_t{0};
     m_columns.clear();
+    m_codePage = ChooseCodePage(m_file.GetPath(), mark);
+    m_header = ParseHeader(bytes, m_codePage);
+    DescribeColumns();
+    m_memo.reset();
+    m_memoPath.clear();
+    if (m_header.HasMemo()) LookForMemo();
+    RenewIncarnation();
+}
+
+void Table::DescribeColumns() {
     m_fieldOf.clear();
     m_keys = {};
     m_blankRecord.assign(m_header.recordLength, kLiveMark);
@@ -161,18 +169,21 @@ void Table::DescribeColumns() {
         const Field &field = m_header.fields[i];
         BlankCell(field, m_blankRecord.data());
         if (field.IsHidden()) continue;
-        const bool shape = EqualNames(field.name.View(), "ShapeID");
-        if (field.type == 'I' && field.width == 4 && (shape || EqualNames(field.name.View(), "ID"))) {
-            KeyColumn &key = m_keys[shape ? 1 : 0];
-            if (key.column < 0) {
-                key.column = static_cast<int>(m_columns.size());
-                key.field = &field;
-            }
-        }
+        NoteKeyColumn(field);
         m_columns.push_back(field.Describe());
         m_fieldOf.push_back(i);
     }
     if (m_columns.empty()) throw Error("Not a table: it has no columns.", error_number::kNotATable);
+}
+
+/// The next column is a key when it is a whole number with a key's name.
+void Table::NoteKeyColumn(const Field &field) {
+    const bool shape = EqualNames(field.name.View(), "ShapeID");
+    if (field.type != 'I' || field.width != 4 || (!shape && !EqualNames(field.name.View(), "ID"))) return;
+    KeyColumn &key = m_keys[shape ? 1 : 0];
+    if (key.column >= 0) return;
+    key.column = static_cast<int>(m_columns.size());
+    key.field = &field;
 }
 
 void Table::ForgetIndexes() {
@@ -180,9 +191,11 @@ void Table::ForgetIndexes() {
 }
 
 void Table::DropBuffers() {
-    m_windowRows = 0;
-    m_dirtyBegin = m_dirtyEnd = 0;
+    m_window.Drop();
+    m_seekBytes = 0;
     m_record = nullptr;
+    m_rehearsing = false;
+    m_rehearsed.clear();
     m_newRows.clear();
     m_newRowCount = m_flushedRows = 0;
 }
@@ -206,16 +219,13 @@ const Field &Table::FieldOf(int column) const {
 
 // Rows.
 
-void Table::LoadWindow(sql::RowNumber first, std::size_t bytes) {
+/// False when the file ends before the row.
+bool Table::LoadWindow(sql::RowNumber first, std::size_t bytes) {
     FlushWindow();
-    const std::uint32_t length = m_header.recordLength;
-    const auto rows = static_cast<std::uint32_t>(
-        std::min<std::uint64_t>(std::max<std::uint64_t>(bytes / length, 1), m_rowCount - first));
-    const std::size_t wanted = static_cast<std::size_t>(rows) * length;
-    if (m_window.size() < wanted) m_window.resize(wanted);
-    const std::uint64_t offset = m_header.headerLength + static_cast<std::uint64_t>(first) * length;
-    m_windowFirst = first;
-    m_windowRows = static_cast<std::uint32_t>(m_file.Read(offset, m_window.data(), wanted) / length);
+    const std::uint64_t rows = std::max<std::uint64_t>(bytes / m_header.recordLength, 1);
+    m_window.Load(m_file, m_header, first,
+                  static_cast<std::uint32_t>(std::min<std::uint64_t>(rows, m_rowCount - first)));
+    return m_window.GetRowCount() > 0;
 }
 
 void Table::Rewind() {
@@ -232,11 +242,9 @@ bool Table::RewindTo(sql::RowNumber row) {
 bool Table::NextOfAll() {
     if (m_nextRow >= m_scanEnd) return false;
     m_row = m_nextRow++;
-    if (m_row - m_windowFirst >= m_windowRows || m_row < m_windowFirst) {
-        LoadWindow(m_row, kWalkBytes);
-        if (m_windowRows == 0) return false;
-    }
-    m_record = m_window.data() + static_cast<std::size_t>(m_row - m_windowFirst) * m_header.recordLength;
+    if (!m_window.Holds(m_row) && !LoadWindow(m_row, kWalkBytes)) return false;
+    m_record = m_window.RecordOf(m_row);
+    if (m_rehearsing) m_rehearsed.clear();
     return true;
 }
 
@@ -250,11 +258,14 @@ bool Table::Next() {
 bool Table::Seek(sql::RowNumber row) {
     if (row >= m_rowCount) return false;
     m_row = row;
-    if (row < m_windowFirst || row - m_windowFirst >= m_windowRows) {
-        LoadWindow(row, m_header.recordLength);
-        if (m_windowRows == 0) return false;
+    if (!m_window.Holds(row)) {
+        const bool near = m_window.GetRowCount() > 0 && row >= m_window.GetEnd() &&
+                          row - m_window.GetEnd() <= m_window.GetRowCount() * kNearWindows;
+        m_seekBytes = near ? std::min(m_seekBytes * 4, kWalkBytes) : m_header.recordLength;
+        if (!LoadWindow(row, m_seekBytes)) return false;
     }
-    m_record = m_window.data() + static_cast<std::size_t>(row - m_windowFirst) * m_header.recordLength;
+    m_record = m_window.RecordOf(row);
+    if (m_rehearsing) m_rehearsed.clear();
     return *m_record != kDeletedMark;
 }
 
@@ -283,6 +294,10 @@ MemoFile *Table::FindMemo() {
 
 void Table::ReadCell(int column, Value &value) {
     const Field &field = FieldOf(column);
+    if (m_rehearsing && m_rehearsed.contains(column)) {
+        value = m_rehearsed[column];
+        return;
+    }
     if (field.type == 'I' && field.nullBit < 0 && field.width == 4) {
         return value.SetInteger(static_cast<std::int32_t>(LoadLittle32(m_record + field.offset)));
     }
@@ -296,142 +311,9 @@ std::string_view Table::ViewText(int column, Value &scratch) {
     return scratch.GetKind() == Value::Kind::Text ? scratch.Text() : std::string_view();
 }
 
-void Table::MarkDirty(std::size_t from, std::size_t to) {
-    m_committed = false;
-    m_dirtyBegin = m_dirtyEnd == 0 ? from : std::min(m_dirtyBegin, from);
-    m_dirtyEnd = std::max(m_dirtyEnd, to);
-}
-
-void Table::SetCell(int column, const Value &value) {
-    const Field &field = FieldOf(column);
-    KeyColumn *key = KeyFor(column);
-    const std::int32_t before = key ? static_cast<std::int32_t>(LoadLittle32(m_record + field.offset)) : 0;
-    m_committed = false;
-    m_codec.Write(field, value, false, m_record);
-    const auto begin = static_cast<std::size_t>(m_record - m_window.data());
-    const bool bits = field.nullBit >= 0 || field.lengthBit >= 0;
-    const std::size_t from = bits ? begin : begin + field.offset;
-    MarkDirty(from, bits ? begin + m_header.recordLength : from + field.width);
-    if (!key || !key->index) return;
-    if (++key->changes > kManyKeyChanges) {
-        key->index.reset();
-    } else {
-        key->index->Change(m_row, before, static_cast<std::int32_t>(LoadLittle32(m_record + field.offset)));
-    }
-}
-
-void Table::AppendToCell(int column, const Value &value) {
-    Value whole;
-    ReadCell(column, whole);
-    if (value.IsNull()) return;
-    const std::string before(whole.IsNull() ? std::string_view() : whole.Bytes());
-    whole.SetText(before + std::string(value.Bytes()));
-    SetCell(column, whole);
-}
-
-void Table::DeleteRow() {
-    *m_record = kDeletedMark;
-    const auto at = static_cast<std::size_t>(m_record - m_window.data());
-    MarkDirty(at, at + 1);
-}
-
-void Table::FillAutoIncrement(std::size_t fieldIndex, char *record) {
-    Field &field = m_header.fields[fieldIndex];
-    StoreLittle32(record + field.offset, field.nextValue);
-    field.nextValue += std::max<std::uint32_t>(field.step, 1);
-    char bytes[4];
-    StoreLittle32(bytes, field.nextValue);
-    const std::size_t at = kHeaderStart + fieldIndex * kEntrySize + kNextValueAt;
-    m_file.Write(at, {bytes, sizeof bytes});
-    std::memcpy(&m_headerBytes[at], bytes, sizeof bytes);
-}
-
-void Table::Append(std::span<const Value *const> cells) {
-    if (m_rowCount + m_newRowCount >= kMaxRecords) throw Error("The table is full.", error_number::kFileAccess);
-    m_committed = false;
-    const std::size_t start = m_newRows.size();
-    m_newRows += m_blankRecord;
-    try {
-        char *record = m_newRows.data() + start;
-        for (std::size_t i = 0; i < m_fieldOf.size(); ++i) {
-            const Field &field = m_header.fields[m_fieldOf[i]];
-            if (cells[i]) {
-                m_codec.Write(field, *cells[i], false, record);
-            } else if ((field.flags & kColumnAutoIncrement) != 0 && field.width == 4) {
-                FillAutoIncrement(m_fieldOf[i], record);
-            } else {
-                MarkNull(m_header, field, true, record);
-            }
-        }
-    } catch (...) {
-        m_newRows.resize(start);
-        throw;
-    }
-    ++m_newRowCount;
-    for (KeyColumn &key : m_keys) {
-        if (!key.index) continue;
-        key.index->Add(static_cast<std::int32_t>(LoadLittle32(m_newRows.data() + start + key.field->offset)));
-    }
-    if (m_newRows.size() >= kAppendBytes) FlushRows();
-}
-
-// Writing back.
-
-void Table::FlushWindow() {
-    if (m_dirtyEnd == 0) return;
-    if (m_memo) m_memo->FlushHeader();
-    const std::uint64_t offset =
-        m_header.headerLength + static_cast<std::uint64_t>(m_windowFirst) * m_header.recordLength + m_dirtyBegin;
-    m_file.Write(offset, std::string_view(m_window).substr(m_dirtyBegin, m_dirtyEnd - m_dirtyBegin));
-    m_dirtyBegin = m_dirtyEnd = 0;
-}
-
-void Table::FlushRows() {
-    if (m_newRows.empty()) return;
-    if (m_memo) m_memo->FlushHeader();
-    const std::uint64_t row = static_cast<std::uint64_t>(m_rowCount) + m_flushedRows;
-    m_newRows += kEndMark;
-    m_file.Write(m_header.headerLength + row * m_header.recordLength, m_newRows);
-    m_newRows.clear();
-    m_flushedRows = m_newRowCount;
-}
-
-void Table::WriteCount() {
-    std::string bytes = TodayBytes();
-    bytes.resize(7);
-    StoreLittle32(&bytes[3], m_rowCount);
-    m_file.Write(kDateAt, bytes);
-    m_date = bytes.substr(0, 3);
-}
-
-/// The day of the last change, and no word of an index file that does not know the change.
-void Table::UpdateHeader() {
-    if (const std::string today = TodayBytes(); m_date != today) {
-        m_file.Write(kDateAt, today);
-        m_date = today;
-    }
-    if ((m_header.tableFlags & kTableHasIndex) == 0) return;
-    m_header.tableFlags = static_cast<std::uint8_t>(m_header.tableFlags & ~kTableHasIndex);
-    m_headerBytes[kTableFlagsAt] = static_cast<char>(m_header.tableFlags);
-    m_file.Write(kTableFlagsAt, std::string_view(m_headerBytes).substr(kTableFlagsAt, 1));
-}
-
-void Table::Commit() {
-    if (m_committed) return;
-    UpdateHeader();
-    FlushWindow();
-    FlushRows();
-    m_rowCount += m_newRowCount;
-    if (m_newRowCount > 0) WriteCount();
-    m_newRowCount = m_flushedRows = 0;
-    m_changes->fetch_add(1, std::memory_order_acq_rel);
-    m_stamp = StampOf(m_file.Stat());
-    m_committed = true;
-}
-
 // Indexes.
 
-Table::KeyColumn *Table::KeyFor(int column) {
+KeyColumn *Table::KeyFor(int column) {
     for (KeyColumn &key : m_keys) {
         if (key.column == column) return &key;
     }
@@ -443,7 +325,7 @@ void Table::BuildIndex(KeyColumn &key) {
     const sql::RowNumber next = m_nextRow;
     const sql::RowNumber end = m_scanEnd;
     for (Rewind(); NextOfAll();) {
-        key.index->Add(static_cast<std::int32_t>(LoadLittle32(m_record + key.field->offset)));
+        key.index->Add(key.ValueIn(m_record));
     }
     m_nextRow = next;
     m_scanEnd = end;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -9,10 +10,11 @@
 #include "ktl/platform/ado/dbase/code_page.h"
 #include "ktl/platform/ado/dbase/data_file.h"
 #include "ktl/platform/ado/dbase/header.h"
+#include "ktl/platform/ado/dbase/key_column.h"
 #include "ktl/platform/ado/dbase/memo_file.h"
 #include "ktl/platform/ado/dbase/open_tables.h"
 #include "ktl/platform/ado/dbase/record_codec.h"
-#include "ktl/platform/ado/dbase/row_index.h"
+#include "ktl/platform/ado/dbase/row_window.h"
 #include "ktl/platform/ado/sql/table.h"
 
 namespace ktl::ado::dbase {
@@ -64,6 +66,7 @@ class Table final : public sql::Table, private IdleTable, private MemoSource {
     void SetCell(int column, const Value &value) override;
     void AppendToCell(int column, const Value &value) override;
     void DeleteRow() override;
+    void SetRehearsal(bool on) override;
     void Commit() override;
     void EndStatement() noexcept override;
 
@@ -76,31 +79,29 @@ class Table final : public sql::Table, private IdleTable, private MemoSource {
         std::uint64_t ownChanges = 0;
         friend bool operator==(const Stamp &, const Stamp &) = default;
     };
-    /// A key column: ID or ShapeID where they are whole numbers.
-    struct KeyColumn {
-        int column = -1;
-        const Field *field = nullptr;
-        std::optional<RowIndex> index;
-        std::uint32_t changes = 0;
-    };
-
     void Release() override;
     bool BeginOnFile(sql::Access access);
+    bool BeginAgain(sql::Access access);
     bool LockFor(sql::Access access);
+    void RequireWritable(sql::Access access) const;
     bool IsReplaced(const FileInfo &info) const;
     Stamp StampOf(const FileInfo &info) const;
     void LoadHeader(const FileInfo &info);
+    std::string ReadHeaderBytes() const;
+    void TakeForm(std::string_view bytes);
     void DescribeColumns();
+    void NoteKeyColumn(const Field &field);
     void LookForMemo();
     void ForgetIndexes();
     void DropBuffers();
 
     const Field &FieldOf(int column) const;
-    void LoadWindow(sql::RowNumber first, std::size_t bytes);
+    bool LoadWindow(sql::RowNumber first, std::size_t bytes);
     void FlushWindow();
     void FlushRows();
     void WriteCount();
-    void MarkDirty(std::size_t from, std::size_t to);
+    void RehearseCell(const Field &field, int column, const Value &value);
+    void EncodeRow(std::span<const Value *const> cells, char *record);
     void UpdateHeader();
     void FillAutoIncrement(std::size_t fieldIndex, char *record);
     KeyColumn *KeyFor(int column);
@@ -134,16 +135,17 @@ class Table final : public sql::Table, private IdleTable, private MemoSource {
     bool m_writing = false;
     bool m_exclusive = false;
 
-    /// The block of rows around the cursor, and what of it is to be written back.
-    std::string m_window;
-    sql::RowNumber m_windowFirst = 0;
-    sql::RowNumber m_windowRows = 0;
-    std::size_t m_dirtyBegin = 0;
-    std::size_t m_dirtyEnd = 0;
+    /// Around the cursor.
+    RowWindow m_window;
+    /// How much the next look at a single row reads: more while the rows come one behind the other.
+    std::size_t m_seekBytes = 0;
     sql::RowNumber m_row = 0;
     sql::RowNumber m_nextRow = 0;
     sql::RowNumber m_scanEnd = 0;
     char *m_record = nullptr;
+    bool m_rehearsing = false;
+    /// The memos of the current row that the rehearsal has set, by column.
+    std::map<int, Value> m_rehearsed;
 
     /// Appended rows that are not yet written, and the number of those that are.
     std::string m_newRows;

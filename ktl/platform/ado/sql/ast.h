@@ -117,11 +117,13 @@ struct SelectItem {
     CString alias;
 };
 
+/// What rows are put in order or in groups by.
 struct OrderKey {
     /// A result column counted from 1, or 0 and the expression.
     int number = 0;
     Expression expression;
     bool descending = false;
+    std::uint32_t position = 0;
 };
 
 struct SelectStatement {
@@ -133,6 +135,8 @@ struct SelectStatement {
     Name table;
     CString alias;
     std::vector<Expression> where;
+    std::vector<OrderKey> groups;
+    std::vector<Expression> having;
     std::vector<OrderKey> order;
 };
 
@@ -202,8 +206,14 @@ struct UseStatement {
     bool exclusive = false;
 };
 
+/// Takes the deleted rows out of a table's file.
+struct PackStatement {
+    /// Empty text: the current work area.
+    Name table;
+};
+
 using Statement = std::variant<SelectStatement, InsertStatement, UpdateStatement, DeleteStatement, CreateTableStatement,
-                               DropTableStatement, AlterTableStatement, ReplaceStatement, UseStatement>;
+                               DropTableStatement, AlterTableStatement, ReplaceStatement, UseStatement, PackStatement>;
 
 /// Where a literal stands in the text of its statement, its sign and quotes included.
 struct LiteralSpan {

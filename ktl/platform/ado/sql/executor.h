@@ -13,9 +13,9 @@
 
 namespace ktl::ado::sql {
 
-/// Runs statements over the tables of a store. Names and types are checked before the first row is touched; a fault
-/// that a row's value raises later (a number too large, a full disk) leaves earlier rows of an Update changed, and an
-/// Insert without any of its rows.
+/// Runs statements over the tables of a store. Names and types are checked before the first row is touched, and so are
+/// the values of all rows that a statement changes: a fault of theirs leaves every row as it was. What a disk refuses
+/// leaves earlier rows of an Update changed, and an Insert without any of its rows.
 class Executor {
   public:
     explicit Executor(std::shared_ptr<Store> store) : m_store(std::move(store)) {}
@@ -41,6 +41,7 @@ class Executor {
     long long Run(PreparedStatement &prepared, std::string_view text, const DeleteStatement &remove);
     long long Run(const ParsedStatement &parsed, const ReplaceStatement &replace);
     void Run(const UseStatement &use);
+    CString TableOrArea(const Name &table) const;
     long long InsertSelected(PreparedStatement &prepared, const InsertStatement &insert);
 
     std::shared_ptr<Store> m_store;

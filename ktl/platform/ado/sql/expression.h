@@ -1,9 +1,10 @@
 #pragma once
 
-#include <string>
+#include <memory>
 #include <string_view>
 #include <vector>
 
+#include "ktl/platform/ado/sql/aggregate.h"
 #include "ktl/platform/ado/sql/arithmetic.h"
 #include "ktl/platform/ado/sql/ast.h"
 #include "ktl/platform/ado/sql/like.h"
@@ -41,6 +42,10 @@ class BoundExpression {
     /// The value of a literal, else null.
     const Value *GetLiteral() const { return m_literal; }
     bool HasAggregate() const;
+    /// True when the value may differ from row to row.
+    bool ReadsRow() const;
+    /// True when some row's values may end in an Error.
+    bool CanFail() const;
 
     /// To be called before the rows of an execution.
     void Prepare();
@@ -54,10 +59,15 @@ class BoundExpression {
   private:
     void BindColumn(const Expression &expression, const BindScope &scope);
     void CheckTypes(const Expression &expression, const BindScope &scope);
+    void CheckSum(const Expression &expression, const BindScope &scope);
+    void CheckComparison(const Expression &expression, const BindScope &scope);
     void CheckFunction(const Expression &expression, const BindScope &scope);
+    /// The operands from that one on have to be of the type, or null.
+    void RequireOperands(std::size_t from, TypeClass type, const Expression &expression, const BindScope &scope) const;
 
     std::string_view TextOperand(std::size_t index, Table &row);
-    const Value &EvaluateAdd(Table &row);
+    const Value &EvaluateSum(Table &row);
+    const Value &EvaluateJoin(Table &row);
     const Value &EvaluateDifference(Table &row);
     const Value &EvaluateArithmetic(char operation, Table &row);
     const Value &EvaluateComparison(Table &row);
@@ -66,7 +76,8 @@ class BoundExpression {
     const Value &EvaluateBetween(Table &row);
     const Value &EvaluateChain(Table &row, bool stop);
     const Value &EvaluateFunction(Table &row);
-    const Value &EvaluateText(Table &row);
+    const Value &EvaluateNegation(Table &row);
+    const Value &EvaluateNot(Table &row);
     const Value &Padded(Table &row);
 
     Op m_op;
@@ -81,7 +92,8 @@ class BoundExpression {
     Value m_value;
     LikePattern m_pattern;
     bool m_patternReady = false;
-    long long m_count = 0;
+    /// Of Op::Aggregate only.
+    std::unique_ptr<Aggregate> m_aggregate;
 };
 
 }  // namespace ktl::ado::sql

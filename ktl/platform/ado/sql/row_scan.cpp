@@ -33,17 +33,30 @@ void RowScan::CollectKeys(const BoundExpression &condition) {
     }
 }
 
-bool RowScan::FindByKey(Table &table, const Key &key) {
-    m_rows.clear();
+bool RowScan::FindByKey(Table &table, const Key &key, std::vector<RowNumber> &rows) const {
+    rows.clear();
     for (const Value *value : key.values) {
         const auto number = value->IsNumber() ? value->ToInteger() : std::nullopt;
-        if (!number || !table.FindRows(key.column, *number, m_rows)) return false;
+        if (!number || !table.FindRows(key.column, *number, rows)) return false;
     }
     if (key.values.size() > 1) {
-        std::sort(m_rows.begin(), m_rows.end());
-        m_rows.erase(std::unique(m_rows.begin(), m_rows.end()), m_rows.end());
+        std::sort(rows.begin(), rows.end());
+        rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
     }
     return true;
+}
+
+/// Of several keys the one with the fewest rows.
+bool RowScan::FindByBestKey(Table &table) {
+    constexpr std::size_t kFew = 4;
+    bool found = false;
+    for (const Key &key : m_keys) {
+        if (found && m_rows.size() <= kFew) break;
+        if (!FindByKey(table, key, found ? m_candidates : m_rows)) continue;
+        if (found && m_candidates.size() < m_rows.size()) m_rows.swap(m_candidates);
+        found = true;
+    }
+    return found;
 }
 
 void RowScan::Prepare() {
@@ -57,7 +70,7 @@ bool RowScan::Accepts(Table &table) {
 void RowScan::Start(Table &table) {
     Prepare();
     m_next = 0;
-    m_byKey = std::any_of(m_keys.begin(), m_keys.end(), [&](const Key &key) { return FindByKey(table, key); });
+    m_byKey = FindByBestKey(table);
     if (!m_byKey) table.Rewind();
 }
 

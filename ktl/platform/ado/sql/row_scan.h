@@ -22,6 +22,9 @@ class RowScan {
     /// Moves the table's cursor to the next accepted row.
     bool Next(Table &table);
 
+    /// True when the condition itself may end in an Error at some row.
+    bool CanFail() const { return m_condition && m_condition->CanFail(); }
+
     /// For a walk of the caller's own: to be called before it, and then for each row.
     void Prepare();
     bool Accepts(Table &table);
@@ -32,12 +35,14 @@ class RowScan {
         std::vector<const Value *> values;
     };
     void CollectKeys(const BoundExpression &condition);
-    bool FindByKey(Table &table, const Key &key);
+    bool FindByKey(Table &table, const Key &key, std::vector<RowNumber> &rows) const;
+    bool FindByBestKey(Table &table);
 
     std::optional<BoundExpression> m_condition;
     std::vector<Key> m_keys;
     bool m_byKey = false;
     std::vector<RowNumber> m_rows;
+    std::vector<RowNumber> m_candidates;
     std::size_t m_next = 0;
 };
 

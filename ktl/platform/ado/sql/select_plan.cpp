@@ -64,34 +64,11 @@ const char *AggregatePrefix(FunctionId function) {
     }
 }
 
-/// A text that two rows share only when all their cells are equal.
-std::string Fingerprint(const std::vector<const Value *> &cells) {
-    std::string key;
-    for (const Value *cell : cells) {
-        const bool bytes = cell->GetKind() == Value::Kind::Text || cell->GetKind() == Value::Kind::Bytes;
-        std::string text;
-        if (bytes) {
-            text = cell->Bytes();
-        } else if (!cell->IsNull()) {
-            text = cell->ToText().GetString();
-        }
-        key += cell->IsNull() ? 'n' : 'v';
-        key += std::to_string(text.size());
-        key += ':';
-        key += text;
-    }
-    return key;
-}
-
-int CompareNullsFirst(const Value &a, const Value &b) {
-    if (a.IsNull() || b.IsNull()) return static_cast<int>(b.IsNull()) - static_cast<int>(a.IsNull());
-    return CompareValues(a, b);
-}
-
 }  // namespace
 
 SelectPlan::SelectPlan(const ParsedStatement &parsed, const SelectStatement &select, Table &table)
     : m_columns(std::make_shared<std::vector<Column>>()),
+      m_grouping(parsed, select, ScopeOf(parsed, select, table)),
       m_scan(select.where, ScopeOf(parsed, select, table)),
       m_distinct(select.distinct),
       m_top(select.top),
@@ -120,15 +97,22 @@ void SelectPlan::BindItems(const ParsedStatement &parsed, const SelectStatement 
             m_columns->push_back(column);
         }
     }
-    if (m_aggregates) {
-        for (const SelectItem &item : select.items) {
-            if (item.star || item.expression.op == Op::Column) {
-                ThrowSyntax(parsed.text, item.expression.position,
-                            "a column beside a sum over rows needs grouping, which is not supported");
-            }
+    if (IsSummed()) RequireGroupedItems(select, table);
+    MakeNamesUnique();
+}
+
+/// Beside sums and groups a result column may show keys only.
+void SelectPlan::RequireGroupedItems(const SelectStatement &select, const Table &table) const {
+    for (const SelectItem &item : select.items) {
+        if (!item.star) m_grouping.RequireGrouped(item.expression);
+        if (!item.star) continue;
+        for (const Column &column : table.GetColumns()) {
+            Expression shown = item.expression;
+            shown.op = Op::Column;
+            shown.name = column.name;
+            m_grouping.RequireGrouped(shown);
         }
     }
-    MakeNamesUnique();
 }
 
 Column SelectPlan::DescribeItem(const SelectItem &item, const BoundExpression &bound, const Table &table,
@@ -174,27 +158,33 @@ void SelectPlan::MakeNamesUnique() {
 }
 
 void SelectPlan::BindOrder(const ParsedStatement &parsed, const SelectStatement &select, const Table &table) {
+    BindScope scope = ScopeOf(parsed, select, table);
+    scope.aggregates = !m_grouping.IsEmpty();
     for (const OrderKey &wanted : select.order) {
         Key key;
         key.descending = wanted.descending;
-        if (wanted.number > static_cast<int>(m_items.size())) {
-            throw Error("Order By names a result column that there is not.", error_number::kColumnNotFound);
+        key.item = ItemOfKey(wanted, select);
+        if (key.item >= static_cast<int>(m_items.size())) {
+            ThrowAt(parsed.text, wanted.position, "Order By names a result column that there is not",
+                    error_number::kColumnNotFound);
         }
-        key.item = wanted.number - 1;
-        if (wanted.number == 0 && wanted.expression.op == Op::Column) {
-            for (std::size_t i = 0; i < select.items.size(); ++i) {
-                const bool star =
-                    std::any_of(select.items.begin(), select.items.begin() + static_cast<std::ptrdiff_t>(i),
-                                [](const SelectItem &item) { return item.star; });
-                const CString &alias = select.items[i].alias;
-                if (!star && !alias.IsEmpty() && EqualNames(alias.View(), wanted.expression.name.View())) {
-                    key.item = static_cast<int>(i);
-                }
-            }
+        if (key.item < 0) {
+            if (!m_grouping.IsEmpty()) m_grouping.RequireGrouped(wanted.expression);
+            key.expression.emplace_back(wanted.expression, scope);
         }
-        if (key.item < 0) key.expression.emplace_back(wanted.expression, ScopeOf(parsed, select, table));
         m_order.push_back(std::move(key));
     }
+}
+
+/// The result column that the key names by its number or by its alias, or -1.
+int SelectPlan::ItemOfKey(const OrderKey &key, const SelectStatement &select) const {
+    if (key.number > 0 || key.expression.op != Op::Column) return key.number - 1;
+    int found = -1;
+    for (std::size_t i = 0; i < select.items.size() && !select.items[i].star; ++i) {
+        const CString &alias = select.items[i].alias;
+        if (!alias.IsEmpty() && EqualNames(alias.View(), key.expression.name.View())) found = static_cast<int>(i);
+    }
+    return found;
 }
 
 std::vector<int> SelectPlan::GetSourceColumns() const {
@@ -205,12 +195,23 @@ std::vector<int> SelectPlan::GetSourceColumns() const {
 }
 
 void SelectPlan::Start(Table &table) {
+    PrepareCells();
+    m_seen.clear();
+    m_scan.Start(table);
+}
+
+void SelectPlan::PrepareCells() {
     for (BoundExpression &item : m_items) item.Prepare();
     for (Key &key : m_order) {
         for (BoundExpression &expression : key.expression) expression.Prepare();
     }
-    m_seen.clear();
-    m_scan.Start(table);
+}
+
+void SelectPlan::AccumulateCells(Table &table) {
+    for (BoundExpression &item : m_items) item.Accumulate(table);
+    for (Key &key : m_order) {
+        for (BoundExpression &expression : key.expression) expression.Accumulate(table);
+    }
 }
 
 void SelectPlan::EvaluateItems(Table &table) {
@@ -243,6 +244,12 @@ std::size_t SelectPlan::Limit() const {
     return m_top < 0 || m_topPercent ? kNoLimit : static_cast<std::size_t>(std::min(m_top, 1e15));
 }
 
+/// How many of so many rows Top keeps.
+std::size_t SelectPlan::Kept(std::size_t rows) const {
+    if (m_topPercent) return static_cast<std::size_t>(std::ceil(static_cast<double>(rows) * m_top / 100));
+    return std::min(rows, Limit());
+}
+
 bool SelectPlan::GoesBefore(const Waiting &a, const Waiting &b) const {
     for (std::size_t i = 0; i < m_order.size(); ++i) {
         const int order = CompareNullsFirst(a.keys[i], b.keys[i]);
@@ -256,7 +263,9 @@ std::shared_ptr<StaticRecordset> SelectPlan::Run(Table &table, std::vector<RowNu
     const std::size_t limit = Limit();
     const bool inOrder = m_order.empty() || (limit != kNoLimit && ComesInOrder(table));
     Start(table);
-    if (m_aggregates) {
+    if (!m_grouping.IsEmpty()) {
+        RunGroups(table, *result);
+    } else if (m_aggregates) {
         RunAggregates(table, *result);
     } else if (inOrder) {
         RunAsTheyCome(table, *result, rows, limit);
@@ -269,7 +278,7 @@ std::shared_ptr<StaticRecordset> SelectPlan::Run(Table &table, std::vector<RowNu
 }
 
 std::shared_ptr<StaticRecordset> SelectPlan::RunPage(Table &table, RowNumber &next, std::size_t most) {
-    if (!m_order.empty() || m_aggregates || m_distinct || m_top >= 0) return nullptr;
+    if (!m_order.empty() || IsSummed() || m_distinct || m_top >= 0) return nullptr;
     for (BoundExpression &item : m_items) item.Prepare();
     if (!m_scan.StartAt(table, next)) return nullptr;
     auto page = std::make_shared<StaticRecordset>(std::shared_ptr<const std::vector<Column>>(m_columns));
@@ -281,11 +290,37 @@ std::shared_ptr<StaticRecordset> SelectPlan::RunPage(Table &table, RowNumber &ne
 }
 
 void SelectPlan::RunAggregates(Table &table, StaticRecordset &result) {
-    while (m_scan.Next(table)) {
-        for (BoundExpression &item : m_items) item.Accumulate(table);
-    }
+    while (m_scan.Next(table)) AccumulateCells(table);
     EvaluateItems(table);
     if (m_top != 0) result.AddRow(m_cells.data());
+}
+
+/// The cursor stands on the group's last row while its result row is made.
+bool SelectPlan::EvaluateGroup(Table &table, const Group &group) {
+    PrepareCells();
+    m_grouping.BeginGroup();
+    for (const RowNumber row : group.rows) {
+        if (!table.Seek(row)) continue;
+        AccumulateCells(table);
+        m_grouping.TakeRow(table);
+    }
+    EvaluateItems(table);
+    return m_grouping.Accepts(table) && (!m_distinct || m_seen.insert(Fingerprint(m_cells)).second);
+}
+
+void SelectPlan::RunGroups(Table &table, StaticRecordset &result) {
+    std::vector<Waiting> all;
+    for (const Group &group : m_grouping.Gather(table, m_scan)) {
+        if (!EvaluateGroup(table, group)) continue;
+        Waiting waiting;
+        Take(table, waiting);
+        waiting.arrival = static_cast<std::uint32_t>(all.size());
+        for (const Value *cell : m_cells) waiting.cells.push_back(*cell);
+        all.push_back(std::move(waiting));
+    }
+    std::sort(all.begin(), all.end(), [this](const Waiting &a, const Waiting &b) { return GoesBefore(a, b); });
+    all.resize(Kept(all.size()));
+    for (const Waiting &row : all) result.AddRow(row.cells);
 }
 
 void SelectPlan::RunAsTheyCome(Table &table, StaticRecordset &result, std::vector<RowNumber> &rows, std::size_t limit) {
@@ -294,8 +329,7 @@ void SelectPlan::RunAsTheyCome(Table &table, StaticRecordset &result, std::vecto
         rows.push_back(table.GetRow());
     }
     if (!m_topPercent) return;
-    std::vector<std::uint32_t> kept(
-        static_cast<std::size_t>(std::ceil(static_cast<double>(rows.size()) * m_top / 100)));
+    std::vector<std::uint32_t> kept(Kept(rows.size()));
     std::iota(kept.begin(), kept.end(), 0U);
     result.Reorder(kept);
 }
@@ -343,16 +377,13 @@ void SelectPlan::RunSorted(Table &table, StaticRecordset &result, std::vector<Ro
         result.AddRow(m_cells.data());
     }
     std::sort(all.begin(), all.end(), [this](const Waiting &a, const Waiting &b) { return GoesBefore(a, b); });
-    double count = static_cast<double>(all.size());
-    if (m_topPercent) count = std::ceil(count * m_top / 100);
-    if (!m_topPercent && m_top >= 0) count = std::min(count, m_top);
     std::vector<std::uint32_t> order;
-    for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) order.push_back(all[i].arrival);
+    for (std::size_t i = 0; i < Kept(all.size()); ++i) order.push_back(all[i].arrival);
     result.Reorder(order);
 }
 
 void SelectPlan::ForEachRow(Table &table, const std::function<void(const std::vector<const Value *> &)> &use) {
-    if (m_order.empty() && !m_aggregates && !m_topPercent) {
+    if (m_order.empty() && !IsSummed() && !m_topPercent) {
         Start(table);
         for (std::size_t left = Limit(); left > 0 && NextResult(table); --left) use(m_cells);
         return;

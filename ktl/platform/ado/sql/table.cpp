@@ -46,6 +46,8 @@ void Table::DeleteRow() {
     ThrowReadOnly();
 }
 
+void Table::SetRehearsal(bool) {}
+
 void Store::CreateTable(const CString &, const std::vector<ColumnDefinition> &) {
     ThrowReadOnly();
 }
@@ -55,6 +57,10 @@ void Store::DropTable(const CString &) {
 }
 
 void Store::AlterTable(const AlterTableStatement &) {
+    ThrowReadOnly();
+}
+
+void Store::PackTable(const CString &) {
     ThrowReadOnly();
 }
 

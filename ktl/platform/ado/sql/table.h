@@ -58,6 +58,9 @@ class Table {
     /// Puts text behind the memo of the current row.
     virtual void AppendToCell(int column, const Value &value);
     virtual void DeleteRow();
+    /// While it is on, a change of a row is checked and seen by reads until the cursor moves, and nothing lasts: a
+    /// statement whose values may fail goes through all its rows once before it changes the first.
+    virtual void SetRehearsal(bool on);
     /// Makes the changes of the statement lasting. Without it `EndStatement` drops those not yet written.
     virtual void Commit() {}
 
@@ -95,10 +98,24 @@ class Store {
     virtual void CreateTable(const CString &name, const std::vector<ColumnDefinition> &columns);
     virtual void DropTable(const CString &name);
     virtual void AlterTable(const AlterTableStatement &change);
+    /// Takes the deleted rows out of the table's file.
+    virtual void PackTable(const CString &name);
     /// Opens a table for a longer time; exclusively, no one else can use it until it is altered or closed.
     virtual void UseTable(const CString &name, bool exclusive);
     /// Lets go of a table's files; harmless when it is not open. An empty name: of all.
     virtual void CloseTable(const CString &name);
+};
+
+/// A rehearsal that ends with its scope.
+class Rehearsal {
+  public:
+    explicit Rehearsal(Table &table) : m_table(table) { table.SetRehearsal(true); }
+    Rehearsal(const Rehearsal &) = delete;
+    Rehearsal &operator=(const Rehearsal &) = delete;
+    ~Rehearsal() { m_table.SetRehearsal(false); }
+
+  private:
+    Table &m_table;
 };
 
 /// A table in a statement's hands.

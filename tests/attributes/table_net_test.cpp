@@ -8,7 +8,6 @@
 
 #include "ktl/attributes/ado_net.h"
 #include "ktl/attributes/fields.h"
-#include "ktl/attributes/record.h"
 #include "ktl/attributes/table_local_mdb.h"
 #include "ktl/platform/ado/connection_string.h"
 #include "ktl/platform/ado/error.h"
@@ -95,18 +94,6 @@ TEST_F(TableNet, ConnectsByPasswordOrByTheSystemsUser) {
     EXPECT_EQ(m_app.Logged(2), 1);
 }
 
-TEST_F(TableNet, LookingForADatabaseMovesToMaster) {
-    m_server.columns = {Of("name", DataType::VarWChar)};
-    EXPECT_EQ(m_ado.IsExistDatabase("roads"), 1);
-    EXPECT_EQ(m_server.sent.back(), "Select [name] From [sysdatabases] Where [name] = 'roads'");
-    ASSERT_EQ(m_server.opened.size(), 2u);
-    EXPECT_TRUE(m_server.opened[1].ends_with("|master|"));
-    m_server.rows = 0;
-    EXPECT_EQ(m_ado.IsExistDatabase("roads"), 0);
-    m_server.refuses = true;
-    EXPECT_EQ(m_ado.IsExistDatabase("roads"), 0);
-}
-
 TEST_F(TableNet, ColumnTypesFollowTheTable) {
     struct Case {
         ENUM_DATA type;
@@ -140,33 +127,6 @@ TEST_F(TableNet, ColumnTypesFollowTheTable) {
         }
     }
     EXPECT_EQ(table.GetFieldCount(), position);
-}
-
-TEST_F(TableNet, BufferedRowsGoOutQuotedAndUnequal) {
-    m_server.columns = {Of("ID", DataType::Integer), Of("ShapeID", DataType::Integer),
-                        Of("name", DataType::VarWChar, 20), Of("size", DataType::Numeric)};
-    m_ado.Connection("");
-    CTable_Net table;
-    table.InitTable(&m_ado, "roads");
-    table.AddNewRecord(7);
-    table.UpdateNewRecordPropertyValue(7, 2, ktl::FromUtf8("  国's "));
-    table.AddNewRecord(8);
-    m_server.sent.clear();
-    m_server.refuses = true;
-    table.UpdatePropertyToDB();
-    const std::string head = "Insert Into [Map].dbo.[roads]([ShapeID],[ID],[ShapeID],[name],[size]) Values (";
-    EXPECT_EQ(m_server.sent, (std::vector<std::string>{"Select Top 1 * From [map].dbo.[roads]", head + "7,'国's','0')",
-                                                       head + "8,'','0')"}));
-    EXPECT_EQ(m_app.Logged(2), 2) << "a refused row is lost and the others go on";
-    EXPECT_EQ(table.GetNewRecordCount(), 0);
-
-    m_server.sent.clear();
-    table.UpdatePropertyToDB();
-    EXPECT_EQ(m_server.sent.size(), 1u) << "an empty buffer reads the columns only";
-    m_server.columns.resize(1);
-    table.AddNewRecord(9);
-    table.UpdatePropertyToDB();
-    EXPECT_EQ(m_server.sent.back(), "Insert Into [Map].dbo.[roads]([ShapeID],[ID]) Values (9)");
 }
 
 TEST_F(TableNet, AccessTableIsAPlaceOnly) {

@@ -14,7 +14,8 @@ namespace ktl::ado {
 struct Column {
     CString name;
     DataType type = DataType::Empty;
-    /// Characters of a text column, else the bytes of a value; 2147483647 for a memo or a byte block.
+    /// Characters of a text column, else the bytes of a value; 2147483647 for a memo or a byte block, 1073741823 for a
+    /// server's memo in two-byte characters.
     int definedSize = 0;
     /// Digits in all, and behind the point, of a Numeric or Decimal column; else 0.
     int precision = 0;

@@ -65,6 +65,27 @@ void IsDateTime(sqlite3_context *context, int, sqlite3_value **arguments) {
     sqlite3_result_int(context, text && ParseDateTime(text).has_value());
 }
 
+/// The order of texts on the server: neither the case of letters nor blanks at the end count.
+int CompareTexts(void *, int sizeA, const void *a, int sizeB, const void *b) {
+    const auto bare = [](const void *text, int size) {
+        const std::string_view all(static_cast<const char *>(text), static_cast<std::size_t>(size));
+        return all.substr(0, all.find_last_not_of(' ') + 1);
+    };
+    const std::string_view first = bare(a, sizeA);
+    const std::string_view second = bare(b, sizeB);
+    const int order = strncasecmp(first.data(), second.data(), std::min(first.size(), second.size()));
+    return order != 0 ? order : static_cast<int>(first.size()) - static_cast<int>(second.size());
+}
+
+int CompareDates(void *, int sizeA, const void *a, int sizeB, const void *b) {
+    const auto time = [](const void *text, int size) {
+        return ParseDateTime({static_cast<const char *>(text), static_cast<std::size_t>(size)}).value_or(0);
+    };
+    const long long first = time(a, sizeA);
+    const long long second = time(b, sizeB);
+    return first < second ? -1 : first > second ? 1 : 0;
+}
+
 void Bind(sqlite3_stmt *statement, const Parameters &parameters) {
     for (const auto &[name, value] : parameters) {
         const int index = sqlite3_bind_parameter_index(statement, name.c_str());
@@ -121,6 +142,32 @@ std::vector<ResultColumn> ColumnsOf(sqlite3_stmt *statement, const std::vector<s
     return columns;
 }
 
+/// One row of a description.
+struct DescribedColumn {
+    std::string name;
+    bool hidden = false;
+    bool key = false;
+    std::string database;
+    std::string table;
+    std::string column;
+};
+
+DescribedColumn DescribeColumn(sqlite3 *sqlite, sqlite3_stmt *statement, int position) {
+    const auto text = [](const char *name) { return std::string(name ? name : ""); };
+    DescribedColumn column;
+    column.name = text(sqlite3_column_name(statement, position));
+    column.database = text(sqlite3_column_database_name(statement, position));
+    column.table = text(sqlite3_column_table_name(statement, position));
+    column.column = text(sqlite3_column_origin_name(statement, position));
+    int isKey = 0;
+    if (!column.table.empty()) {
+        sqlite3_table_column_metadata(sqlite, column.database.c_str(), column.table.c_str(), column.column.c_str(),
+                                      nullptr, nullptr, nullptr, &isKey, nullptr);
+    }
+    column.key = isKey != 0;
+    return column;
+}
+
 }  // namespace
 
 Databases::Databases() {
@@ -130,8 +177,14 @@ Databases::Databases() {
     sqlite3_db_config(m_sqlite, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
     sqlite3_create_function(m_sqlite, "is_datetime", 1, SQLITE_UTF8 | SQLITE_DETERMINISTIC, nullptr, IsDateTime,
                             nullptr, nullptr);
+    sqlite3_create_collation(m_sqlite, kCollation, SQLITE_UTF8, nullptr, CompareTexts);
+    sqlite3_create_collation(m_sqlite, kDateCollation, SQLITE_UTF8, nullptr, CompareDates);
     Run("Attach ':memory:' As master");
-    Run("Create Table master.sysdatabases (name nvarchar(128) Collate NoCase, dbid smallint)");
+    Run(std::string("Create Table master.sysdatabases (name nvarchar(128) Collate ") + kCollation + ", dbid smallint)");
+    Run(std::string("Create Table master.") + kDescription +
+        " (column_ordinal int, name nvarchar(128), is_hidden bit, is_part_of_unique_key bit,"
+        " source_database nvarchar(128), source_schema nvarchar(128), source_table nvarchar(128),"
+        " source_column nvarchar(128), error_number int, error_message nvarchar(4000))");
     m_names.emplace_back("master");
     Run("Insert Into master.sysdatabases Values ('master',1)");
 }
@@ -174,6 +227,48 @@ Result Databases::Run(const std::string &sql, const Parameters &parameters) {
         result.changes = sqlite3_total_changes64(m_sqlite) - before;
     }
     return result;
+}
+
+void Databases::Describe(const std::string &sql) {
+    const std::string table = std::string("master.") + kDescription;
+    Run("Delete From " + table);
+    sqlite3_stmt *raw = nullptr;
+    const int prepared = sqlite3_prepare_v2(m_sqlite, sql.data(), static_cast<int>(sql.size()), &raw, nullptr);
+    const StatementHandle statement(raw);
+    if (prepared != SQLITE_OK) {
+        const SqlError error = ErrorOf(sqlite3_errmsg(m_sqlite));
+        Run("Insert Into " + table + " (column_ordinal,is_hidden,error_number,error_message) Values (0,0,@n,@m)",
+            {{"@n", static_cast<long long>(error.number)}, {"@m", std::string(error.what())}});
+        return;
+    }
+    std::vector<DescribedColumn> columns;
+    for (int i = 0; i < sqlite3_column_count(raw); ++i) columns.push_back(DescribeColumn(m_sqlite, raw, i));
+    for (std::size_t i = 0, shown = columns.size(); i < shown; ++i) {
+        const DescribedColumn of = columns[i];
+        if (of.table.empty()) continue;
+        const Result keys = Run("Select name From pragma_table_info(@table,@database) Where pk>0",
+                                {{"@table", of.table}, {"@database", of.database}});
+        for (const std::vector<Cell> &row : keys.rows) {
+            const auto &name = std::get<std::string>(row[0]);
+            const bool known = std::any_of(columns.begin(), columns.end(), [&](const DescribedColumn &column) {
+                return column.database == of.database && column.table == of.table && column.column == name;
+            });
+            if (!known) columns.push_back({name, true, true, of.database, of.table, name});
+        }
+    }
+    const auto orNull = [](const std::string &text) { return text.empty() ? Cell() : Cell(text); };
+    long long ordinal = 0;
+    for (const DescribedColumn &column : columns) {
+        Run("Insert Into " + table + " Values (@o,@n,@h,@k,@d,@s,@t,@c,Null,Null)",
+            {{"@o", ++ordinal},
+             {"@n", column.name},
+             {"@h", static_cast<long long>(column.hidden)},
+             {"@k", static_cast<long long>(column.key)},
+             {"@d", orNull(column.database)},
+             {"@s", column.table.empty() ? Cell() : Cell(std::string("dbo"))},
+             {"@t", orNull(column.table)},
+             {"@c", orNull(column.column)}});
+    }
 }
 
 bool Databases::InTransaction() const {

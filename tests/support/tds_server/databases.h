@@ -45,7 +45,7 @@ using Parameters = std::vector<std::pair<std::string, Cell>>;
 
 /// The server's databases, all in one SQLite connection in memory: a database is an attached one, a column's declared
 /// type is SQLite's declaration of it. Used by one thread. "master" is there from the beginning and lists the
-/// databases in its table sysdatabases.
+/// databases in its table sysdatabases; what was described last stands in its table `kDescription`.
 class Databases {
   public:
     Databases();
@@ -59,6 +59,16 @@ class Databases {
 
     /// Runs a statement in SQLite's language. Throws SqlError.
     Result Run(const std::string &sql, const Parameters &parameters = {});
+
+    /// The function of the server that tells where a statement's columns come from.
+    static constexpr const char *kDescription = "dm_exec_describe_first_result_set";
+    /// Fills the table of that name in "master" for a statement in SQLite's language. A key of its tables that it does
+    /// not show is told as hidden; a fault is told in a single row.
+    void Describe(const std::string &sql);
+
+    /// SQLite's names for the order of the server's texts and of its dates, which are texts in SQLite.
+    static constexpr const char *kCollation = "Server";
+    static constexpr const char *kDateCollation = "ServerDate";
 
     /// One transaction at a time: SQLite's connection serves all sessions.
     void Begin() { Run("Begin"); }

@@ -7,7 +7,9 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <stdexcept>
 
 #include "tests/support/tds_server/session.h"
@@ -17,6 +19,7 @@ namespace {
 
 constexpr std::size_t kMaxConnections = 16;
 constexpr int kSendSeconds = 10;
+using Clock = std::chrono::steady_clock;
 
 int Require(int result, const char *what) {
     if (result < 0) throw std::runtime_error(std::string("test server: ") + what);
@@ -45,19 +48,26 @@ struct TdsServer::Peer {
     Handle socket;
     tds::MessageReader reader;
     tds::Session session;
+    /// An answer that waits for its time.
+    std::string held;
+    Clock::time_point due;
 };
 
 TdsServer::Handle::~Handle() {
     if (m_descriptor >= 0) ::close(m_descriptor);
 }
 
-TdsServer::TdsServer(const std::string &user, const std::string &password, const std::vector<std::string> &databases)
+TdsServer::TdsServer(const std::string &user, const std::string &password, const std::vector<std::string> &databases,
+                     int port)
     : m_listener(Require(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0), "socket")),
       m_wake(Require(::eventfd(0, EFD_CLOEXEC), "eventfd")),
       m_shared(std::make_unique<Shared>()) {
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    address.sin_port = htons(static_cast<std::uint16_t>(port));
+    const int yes = 1;
+    ::setsockopt(m_listener.Get(), SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
     socklen_t size = sizeof address;
     Require(::bind(m_listener.Get(), reinterpret_cast<sockaddr *>(&address), size), "bind");
     Require(::listen(m_listener.Get(), static_cast<int>(kMaxConnections)), "listen");
@@ -97,7 +107,7 @@ void TdsServer::Serve() {
     for (;;) {
         std::vector<pollfd> waits{{m_wake.Get(), POLLIN, 0}, {m_listener.Get(), POLLIN, 0}};
         for (const auto &peer : m_peers) waits.push_back({peer->socket.Get(), POLLIN, 0});
-        if (::poll(waits.data(), waits.size(), -1) < 0 && errno != EINTR) return;
+        if (::poll(waits.data(), waits.size(), SendDue()) < 0 && errno != EINTR) return;
         // First, so that nothing that is sent after a wake is served.
         if (eventfd_t count = 0; waits[0].revents && ::eventfd_read(m_wake.Get(), &count) == 0) {
             m_peers.clear();
@@ -132,13 +142,38 @@ bool TdsServer::Read(Peer &peer) {
     try {
         peer.reader.Add({block, static_cast<std::size_t>(size)});
         while (const auto message = peer.reader.Next()) {
-            if (!SendAll(peer.socket.Get(), tds::PacketsOf(peer.session.Answer(*message)))) return false;
-            if (peer.session.IsOver()) return false;
+            if (!Answer(peer, *message)) return false;
         }
         return true;
     } catch (const std::exception &) {
         return false;
     }
+}
+
+/// A message that comes while an answer is held, as a driver's cry to stop, takes the answer's place.
+bool TdsServer::Answer(Peer &peer, const tds::Message &message) {
+    std::string packets = tds::PacketsOf(peer.session.Answer(message));
+    peer.held.clear();
+    if (const long long hold = peer.session.HoldMilliseconds(); hold > 0) {
+        peer.held = std::move(packets);
+        peer.due = Clock::now() + std::chrono::milliseconds(hold);
+        return true;
+    }
+    return SendAll(peer.socket.Get(), packets) && !peer.session.IsOver();
+}
+
+int TdsServer::SendDue() {
+    std::chrono::milliseconds next(-1);
+    for (const auto &peer : m_peers) {
+        if (peer->held.empty()) continue;
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(peer->due - Clock::now());
+        if (left.count() <= 0) {
+            SendAll(peer->socket.Get(), std::exchange(peer->held, {}));
+        } else if (next.count() < 0 || left < next) {
+            next = left;
+        }
+    }
+    return static_cast<int>(next.count());
 }
 
 }  // namespace ktl::test

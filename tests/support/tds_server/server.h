@@ -7,18 +7,23 @@
 #include <thread>
 #include <vector>
 
+namespace ktl::test::tds {
+struct Message;
+}
+
 namespace ktl::test {
 
-/// A SQL Server for tests: listens on 127.0.0.1 at a port of the system's choice and speaks TDS 7.4 to any driver,
-/// from a thread of its own that ends with the object. Its tables are held in memory; "master" exists from the
+/// A SQL Server for tests: listens on 127.0.0.1 and speaks TDS 7.4 to any driver, from a thread of its own that ends
+/// with the object. Its tables are held in memory; "master" exists from the
 /// beginning. It takes 16 connections at a time.
 ///
 ///     TdsServer server("sa", "secret", {"map"});
 ///     Connect("127.0.0.1," + std::to_string(server.Port()));
 class TdsServer {
   public:
-    /// Throws std::runtime_error when it cannot listen.
-    TdsServer(const std::string &user, const std::string &password, const std::vector<std::string> &databases);
+    /// With `port` 0 at a port of the system's choice. Throws std::runtime_error when it cannot listen.
+    TdsServer(const std::string &user, const std::string &password, const std::vector<std::string> &databases,
+              int port = 0);
     TdsServer(const TdsServer &) = delete;
     TdsServer &operator=(const TdsServer &) = delete;
     ~TdsServer();
@@ -48,6 +53,9 @@ class TdsServer {
     void Accept();
     /// False when the connection is over.
     bool Read(Peer &peer);
+    bool Answer(Peer &peer, const tds::Message &message);
+    /// Sends the answers that were held back long enough; milliseconds to the next one, -1 without any.
+    int SendDue();
     /// Ends all connections in the thread, and the thread when it is to stop.
     void Wake();
 

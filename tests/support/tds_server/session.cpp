@@ -1,6 +1,10 @@
 #include "tests/support/tds_server/session.h"
 
+#include <strings.h>
+
 #include <algorithm>
+#include <cmath>
+#include <cstdio>
 
 #include "tests/support/tds_server/login.h"
 
@@ -58,6 +62,17 @@ Result WithRowState(const Result &result) {
 }
 constexpr long long kRowIsThere = 1;
 
+/// Of "hours:minutes:seconds".
+long long MillisecondsOf(const std::string &time) {
+    int hours = 0;
+    int minutes = 0;
+    double seconds = 0;
+    if (std::sscanf(time.c_str(), "%d:%d:%lf", &hours, &minutes, &seconds) < 2) {
+        throw SqlError(148, "Incorrect time syntax in time string '" + time + "' used with WAITFOR.");
+    }
+    return (hours * 60LL + minutes) * 60'000 + std::llround(seconds * 1000);
+}
+
 }  // namespace
 
 const Session::ProcedureFacts Session::kProcedures[] = {
@@ -107,6 +122,7 @@ Session::~Session() {
 }
 
 std::string Session::Answer(const Message &message) {
+    m_hold = 0;
     if (message.kind == MessageKind::Prelogin) return AnswerPrelogin();
     if (message.kind == MessageKind::Login) {
         LogIn(message.body);
@@ -180,11 +196,14 @@ void Session::RunBatch(std::string_view message) {
 
 void Session::PutStatements(const std::string &batch, const Parameters &parameters, DoneToken token) {
     m_server.onStatement(batch);
+    // A procedure's settings end with it.
+    const bool outerNoCount = m_noCount;
     const std::vector<SqlTokens> statements = SplitBatch(batch);
     for (std::size_t i = 0; i < statements.size(); ++i) {
         const Result result = RunStatement(Translate(statements[i], m_database), parameters);
         PutResult(result, token, token != DoneToken::Done || i + 1 < statements.size());
     }
+    if (token != DoneToken::Done) m_noCount = outerNoCount;
     if (statements.empty() && token == DoneToken::Done) PutDone(m_answer, token, kDoneFinal);
 }
 
@@ -196,12 +215,28 @@ Result Session::RunStatement(const SqlStatement &statement, const Parameters &pa
         case SqlStatement::Kind::CreateDatabase:
             m_server.databases.Add(statement.text);
             return {};
+        case SqlStatement::Kind::NoCount:
+            m_noCount = strcasecmp(statement.text.c_str(), "ON") == 0;
+            return {};
+        case SqlStatement::Kind::Wait:
+            m_hold += MillisecondsOf(statement.text);
+            return {};
         case SqlStatement::Kind::Ignore:
             return {};
         case SqlStatement::Kind::Sql:
             break;
     }
+    if (!statement.described.empty()) DescribeStatement(statement, parameters);
     return m_server.databases.Run(statement.text, parameters);
+}
+
+void Session::DescribeStatement(const SqlStatement &asking, const Parameters &parameters) {
+    const auto found = std::find_if(parameters.begin(), parameters.end(),
+                                    [&](const auto &parameter) { return parameter.first == asking.described; });
+    const std::string *text = found == parameters.end() ? nullptr : std::get_if<std::string>(&found->second);
+    if (!text) throw SqlError(137, "Must declare the scalar variable \"" + asking.described + "\".");
+    const std::vector<SqlTokens> statements = SplitBatch(*text);
+    m_server.databases.Describe(statements.empty() ? "" : Translate(statements[0], m_database).text);
 }
 
 void Session::PutResult(const Result &result, DoneToken token, bool more) {
@@ -211,7 +246,7 @@ void Session::PutResult(const Result &result, DoneToken token, bool more) {
         for (const std::vector<Cell> &row : result.rows) PutRow(m_answer, result, row);
         return PutDone(m_answer, token, flags | kDoneCount, static_cast<long long>(result.rows.size()));
     }
-    if (result.changes < 0) return PutDone(m_answer, token, flags);
+    if (result.changes < 0 || m_noCount) return PutDone(m_answer, token, flags);
     PutDone(m_answer, token, flags | kDoneCount, result.changes);
 }
 

@@ -58,6 +58,8 @@ class Session {
     /// that is the last one.
     std::string Answer(const Message &message);
     bool IsOver() const { return m_over; }
+    /// How long the last answer is to be held back.
+    long long HoldMilliseconds() const { return m_hold; }
 
   private:
     using Procedure = void (Session::*)(const ProcedureCall &);
@@ -92,6 +94,7 @@ class Session {
     Result RunStatement(const SqlStatement &statement, const Parameters &parameters);
     void PutResult(const Result &result, DoneToken token, bool more);
     void UseDatabase(const std::string &name);
+    void DescribeStatement(const SqlStatement &asking, const Parameters &parameters);
     Cursor &FindCursor(long long handle);
 
     ServerState &m_server;
@@ -99,6 +102,8 @@ class Session {
     bool m_loggedIn = false;
     bool m_over = false;
     bool m_inTransaction = false;
+    bool m_noCount = false;
+    long long m_hold = 0;
     std::string m_database = "master";
     int m_lastHandle = 0;
     std::map<long long, std::string> m_prepared;

@@ -93,6 +93,7 @@ struct FunctionName {
     const char *sqlite;
 };
 constexpr FunctionName kFunctions[] = {{"LEN", "length"}, {"ISNULL", "ifnull"}};
+constexpr const char *kRowCount = "@@ROWCOUNT";
 
 /// Words behind which a table is named.
 constexpr const char *kTableWords[] = {"FROM", "JOIN", "INTO", "UPDATE", "TABLE"};
@@ -108,6 +109,9 @@ bool IsOneOf(const SqlToken &token, const char *const (&words)[N]) {
 class Rewriter {
   public:
     Rewriter(const SqlTokens &tokens, std::string database) : m_tokens(tokens), m_database(std::move(database)) {}
+
+    /// The parameter whose statement's columns are asked for, behind `Run`; else empty.
+    const std::string &Described() const { return m_described; }
 
     std::string Run() {
         if (Is(0, "CREATE") && Is(1, "TABLE")) return CreateTable();
@@ -149,6 +153,9 @@ class Rewriter {
             TakeTop();
         } else if (token.kind == Kind::Word && Is(m_at + 1, "(")) {
             PutFunction();
+        } else if (token.Is(kRowCount)) {
+            ++m_at;
+            Put("changes()");
         } else {
             PutToken();
         }
@@ -189,6 +196,11 @@ class Rewriter {
         const std::string &database = parts.size() == 3 ? parts[0] : m_database;
         if (parts.size() > 1 && strcasecmp(parts[parts.size() - 2].c_str(), "INFORMATION_SCHEMA") == 0) {
             Put("(" + Databases::TableList(database) + ")");
+        } else if (strcasecmp(parts.back().c_str(), Databases::kDescription) == 0 && Is(m_at, "(")) {
+            Put("master." + parts.back());
+            if (m_at + 1 < m_tokens.size()) m_described = m_tokens[m_at + 1].text;
+            while (m_at < m_tokens.size() && !m_tokens[m_at++].Is(")")) {
+            }
         } else {
             Put(Quote(database, '"') + "." + Quote(parts.back(), '"'));
         }
@@ -214,7 +226,9 @@ class Rewriter {
         const std::string column = Quote(name.text, '"');
         // SQLite takes numbers only.
         if (type->length == SqlType::kMax) declared = type->facts->name + std::string("(-1)");
-        Put(column + " " + declared + (type->IsText() ? " Collate NoCase" : ""));
+        Put(column + " " + declared);
+        if (type->IsText()) Put(std::string("Collate ") + Databases::kCollation);
+        if (type->facts->form == Form::DateTime) Put(std::string("Collate ") + Databases::kDateCollation);
         if (const auto check = CheckOfType(*type, column)) {
             Put("Constraint \"" + std::to_string(check->errorNumber) + "\" Check (" + check->condition + ")");
         }
@@ -227,8 +241,10 @@ class Rewriter {
         PutToken();
         PutToken();
         PutTable();
-        while (m_at < m_tokens.size()) {
-            const bool definition = Is(m_at, "(") || Is(m_at, ",");
+        for (int depth = 0; m_at < m_tokens.size();) {
+            const bool opens = Is(m_at, "(");
+            depth += opens - Is(m_at, ")");
+            const bool definition = depth == 1 && (opens || Is(m_at, ","));
             PutToken();
             if (definition && m_at + 1 < m_tokens.size() && !IsOneOf(m_tokens[m_at], kConstraintWords)) {
                 PutColumnDefinition();
@@ -252,6 +268,7 @@ class Rewriter {
     std::size_t m_at = 0;
     std::string m_sql;
     std::string m_limit;
+    std::string m_described;
 };
 
 }  // namespace
@@ -279,12 +296,16 @@ SqlStatement Translate(const SqlTokens &tokens, const std::string &database) {
     const auto is = [&](std::size_t position, std::string_view word) {
         return position < tokens.size() && tokens[position].Is(word);
     };
+    if (is(0, "SET") && is(1, "NOCOUNT") && tokens.size() == 3) return {SqlStatement::Kind::NoCount, tokens[2].text};
     if (is(0, "SET")) return {SqlStatement::Kind::Ignore, {}};
+    if (is(0, "WAITFOR") && is(1, "DELAY") && tokens.size() == 3) return {SqlStatement::Kind::Wait, tokens[2].text};
     if (is(0, "USE") && tokens.size() == 2) return {SqlStatement::Kind::Use, tokens[1].text};
     if (is(0, "CREATE") && is(1, "DATABASE") && tokens.size() == 3) {
         return {SqlStatement::Kind::CreateDatabase, tokens[2].text};
     }
-    return {SqlStatement::Kind::Sql, Rewriter(tokens, database).Run()};
+    Rewriter rewriter(tokens, database);
+    const std::string text = rewriter.Run();
+    return {SqlStatement::Kind::Sql, text, rewriter.Described()};
 }
 
 }  // namespace ktl::test::tds

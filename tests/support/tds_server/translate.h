@@ -21,11 +21,13 @@ using SqlTokens = std::vector<SqlToken>;
 
 /// What a statement asks for.
 struct SqlStatement {
-    /// Sql: `text` is in SQLite's language. Use and CreateDatabase: `text` is the name. Ignore: a setting that has no
-    /// meaning here.
-    enum class Kind { Sql, Use, CreateDatabase, Ignore };
+    /// Sql: `text` is in SQLite's language. Use and CreateDatabase: `text` is the name. NoCount: ON or OFF. Wait: how
+    /// long, as hours:minutes:seconds. Ignore: a setting that has no meaning here.
+    enum class Kind { Sql, Use, CreateDatabase, NoCount, Wait, Ignore };
     Kind kind;
     std::string text;
+    /// The parameter that holds a statement whose columns are asked for.
+    std::string described = {};
 };
 
 /// The statements of a batch, parted by semicolons. Throws SqlError for a text that doesn't end.

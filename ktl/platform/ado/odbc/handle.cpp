@@ -12,6 +12,7 @@ namespace ktl::ado::odbc {
 namespace {
 
 constexpr SQLSMALLINT kMostDiagnostics = 16;
+constexpr SQLSMALLINT kLongestMessage = 2 * SQL_MAX_MESSAGE_LENGTH;
 
 /// The text without the leading "[driver][server]".
 std::string_view Bare(std::string_view message) {
@@ -43,16 +44,16 @@ void Handle::ThrowDiagnostics() const {
     std::string text;
     int number = 0;
     for (SQLSMALLINT i = 1; i <= kMostDiagnostics; ++i) {
-        SQLCHAR state[6] = {};
-        SQLCHAR message[SQL_MAX_MESSAGE_LENGTH * 2] = {};
+        SQLWCHAR state[6] = {};
+        SQLWCHAR message[kLongestMessage] = {};
         SQLINTEGER native = 0;
         SQLSMALLINT size = 0;
-        if (!SQL_SUCCEEDED(::SQLGetDiagRec(static_cast<SQLSMALLINT>(m_kind), m_handle, i, state, &native, message,
-                                           sizeof message, &size))) {
+        if (!SQL_SUCCEEDED(::SQLGetDiagRecW(static_cast<SQLSMALLINT>(m_kind), m_handle, i, state, &native, message,
+                                            kLongestMessage, &size))) {
             break;
         }
-        const std::string_view bare = Bare(reinterpret_cast<const char *>(message));
-        if (text.find(bare) == std::string::npos) text += (text.empty() ? "" : " ") + std::string(bare);
+        const std::string bare = ToUtf8(Bare(Narrow(message).View()));
+        if (text.find(bare) == std::string::npos) text += (text.empty() ? "" : " ") + bare;
         if (number == 0) number = native;
     }
     if (text.empty()) text = "The driver reports a fault without saying which.";

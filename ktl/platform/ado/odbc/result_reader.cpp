@@ -9,7 +9,6 @@
 #include "ktl/platform/ado/error.h"
 #include "ktl/platform/ado/odbc/library.h"
 #include "ktl/platform/ado/odbc/server_column.h"
-#include "ktl/platform/ado/static_recordset.h"
 #include "ktl/platform/encoding.h"
 
 namespace ktl::ado::odbc {
@@ -22,23 +21,18 @@ constexpr int kNanosecondsOfMillisecond = 1000000;
 constexpr int kMillisecondsOfDay = 86400000;
 
 ServerColumn Describe(const Handle &statement, SQLUSMALLINT position) {
-    SQLCHAR name[kNameSize] = {};
+    SQLWCHAR name[kNameSize] = {};
     SQLSMALLINT nameSize = 0;
     SQLSMALLINT type = 0;
     SQLULEN size = 0;
     SQLSMALLINT decimals = 0;
     SQLSMALLINT nullable = SQL_NULLABLE;
     statement.Check(
-        ::SQLDescribeCol(statement.Get(), position, name, kNameSize, &nameSize, &type, &size, &decimals, &nullable));
-    SQLCHAR typeName[kNameSize] = {};
+        ::SQLDescribeColW(statement.Get(), position, name, kNameSize, &nameSize, &type, &size, &decimals, &nullable));
+    SQLWCHAR typeName[kNameSize] = {};
     SQLLEN unused = 0;
-    ::SQLColAttribute(statement.Get(), position, SQL_DESC_TYPE_NAME, typeName, kNameSize, &nameSize, &unused);
-    return {reinterpret_cast<const char *>(name),
-            type,
-            static_cast<std::size_t>(size),
-            decimals,
-            nullable != SQL_NO_NULLS,
-            reinterpret_cast<const char *>(typeName)};
+    ::SQLColAttributeW(statement.Get(), position, SQL_DESC_TYPE_NAME, typeName, sizeof typeName, &nameSize, &unused);
+    return {Narrow(name), type, static_cast<std::size_t>(size), decimals, nullable != SQL_NO_NULLS, Narrow(typeName)};
 }
 
 /// Reads the cells of a statement's current row, from the first column on.
@@ -73,6 +67,7 @@ class RowReader {
             case Transfer::Decimal:
             case Transfer::Guid:
             case Transfer::Text:
+            case Transfer::PaddedText:
                 return GetLong(position, SQL_C_CHAR) ? SetText(transfer, value) : value.SetNull();
         }
     }
@@ -110,10 +105,11 @@ class RowReader {
         }
     }
 
-    void SetText(Transfer transfer, Value &value) const {
+    void SetText(Transfer transfer, Value &value) {
         if (transfer == Transfer::Guid)
             return value.SetText(m_content.starts_with('{') ? m_content : "{" + m_content + "}");
-        if (transfer == Transfer::Text) return value.SetText(FromUtf8(m_content).View());
+        if (transfer == Transfer::PaddedText) m_content.resize(m_content.find_last_not_of(' ') + 1);
+        if (transfer != Transfer::Decimal) return value.SetText(FromUtf8(m_content).View());
         if (const std::optional<Decimal> number = DecimalFromText(m_content)) return value.SetDecimal(*number);
         throw Error("The driver gives \"" + FromUtf8(m_content) + "\" for a number.", error_number::kTypeMismatch);
     }
@@ -143,7 +139,7 @@ class RowReader {
 
 }  // namespace
 
-RecordsetRef ReadResult(const Handle &statement) {
+std::shared_ptr<StaticRecordset> ReadResult(const Handle &statement) {
     SQLSMALLINT count = 0;
     statement.Check(::SQLNumResultCols(statement.Get(), &count));
     std::vector<Column> columns;

@@ -6,13 +6,14 @@
 
 #include "ktl/platform/ado/names.h"
 #include "ktl/platform/ado/odbc/library.h"
-#include "ktl/platform/encoding.h"
 
 namespace ktl::ado::odbc {
 
 namespace {
 
 constexpr int kLongSize = std::numeric_limits<int>::max();
+/// In characters of two bytes.
+constexpr int kLongWideSize = kLongSize / 2;
 constexpr int kMoneySize = 8;
 /// Types of the server that ODBC's own headers lack.
 constexpr int kServerVariant = -150;
@@ -46,13 +47,13 @@ constexpr TypeFacts kTypes[] = {
     {kServerTime, DataType::VarWChar, Transfer::Text, 0, DataType::VarWChar},
     {kServerTimeOffset, DataType::VarWChar, Transfer::Text, 0, DataType::VarWChar},
     {SQL_GUID, DataType::GUID, Transfer::Guid, 16, DataType::GUID},
-    {SQL_CHAR, DataType::Char, Transfer::Text, 0, DataType::LongVarChar},
+    {SQL_CHAR, DataType::Char, Transfer::PaddedText, 0, DataType::LongVarChar},
     {SQL_VARCHAR, DataType::VarChar, Transfer::Text, 0, DataType::LongVarChar},
     {SQL_LONGVARCHAR, DataType::LongVarChar, Transfer::Text, kLongSize, DataType::LongVarChar},
-    {SQL_WCHAR, DataType::WChar, Transfer::Text, 0, DataType::LongVarWChar},
+    {SQL_WCHAR, DataType::WChar, Transfer::PaddedText, 0, DataType::LongVarWChar},
     {SQL_WVARCHAR, DataType::VarWChar, Transfer::Text, 0, DataType::LongVarWChar},
-    {SQL_WLONGVARCHAR, DataType::LongVarWChar, Transfer::Text, kLongSize, DataType::LongVarWChar},
-    {kServerXml, DataType::LongVarWChar, Transfer::Text, kLongSize, DataType::LongVarWChar},
+    {SQL_WLONGVARCHAR, DataType::LongVarWChar, Transfer::Text, kLongWideSize, DataType::LongVarWChar},
+    {kServerXml, DataType::LongVarWChar, Transfer::Text, kLongWideSize, DataType::LongVarWChar},
     {kServerVariant, DataType::VarWChar, Transfer::Text, 0, DataType::VarWChar},
     {SQL_BINARY, DataType::Binary, Transfer::Bytes, 0, DataType::LongVarBinary},
     {SQL_VARBINARY, DataType::VarBinary, Transfer::Bytes, 0, DataType::LongVarBinary},
@@ -70,7 +71,7 @@ const TypeFacts &FactsOf(int type) {
 }
 
 bool IsMoney(const ServerColumn &column) {
-    return EqualNames(column.typeName, "money") || EqualNames(column.typeName, "smallmoney");
+    return EqualNames(column.typeName.View(), "money") || EqualNames(column.typeName.View(), "smallmoney");
 }
 
 }  // namespace
@@ -79,13 +80,14 @@ Column ToColumn(const ServerColumn &column) {
     const TypeFacts &facts = FactsOf(column.type);
     const bool unlimited = facts.size == 0 && (column.size == 0 || column.size > kLargestSize);
     Column shown;
-    shown.name = FromUtf8(column.name);
+    shown.name = column.name;
     shown.type = unlimited ? facts.unlimited : facts.shown;
     shown.nullable = column.nullable;
     if (facts.size > 0) {
         shown.definedSize = facts.size;
     } else {
-        shown.definedSize = unlimited ? kLongSize : static_cast<int>(column.size);
+        const int longest = shown.type == DataType::LongVarWChar ? kLongWideSize : kLongSize;
+        shown.definedSize = unlimited ? longest : static_cast<int>(column.size);
     }
     if (IsMoney(column)) {
         shown.type = DataType::Currency;

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <string>
 
 #include "ktl/platform/ado/recordset.h"
 #include "ktl/platform/export.h"
@@ -10,7 +9,7 @@ namespace ktl::ado::odbc {
 
 /// A result column as the driver describes it.
 struct ServerColumn {
-    std::string name;
+    CString name;
     /// ODBC's number of the type.
     int type = 0;
     /// Characters, bytes, digits or bits, by the type; 0 where the driver knows no limit.
@@ -18,11 +17,11 @@ struct ServerColumn {
     int decimals = 0;
     bool nullable = true;
     /// The server's own name of the type, which alone tells money from other decimals.
-    std::string typeName;
+    CString typeName;
 };
 
-/// How a cell is asked of the driver.
-enum class Transfer { Integer, Single, Double, Decimal, Bit, TimeStamp, Guid, Text, Bytes };
+/// How a cell is asked of the driver. Padded text loses the blanks at its end.
+enum class Transfer { Integer, Single, Double, Decimal, Bit, TimeStamp, Guid, Text, PaddedText, Bytes };
 
 /// The same column in the platform's numbers: a float of 53 bits has 8 bytes, an int of 10 digits has 4.
 KTL_API Column ToColumn(const ServerColumn &column);

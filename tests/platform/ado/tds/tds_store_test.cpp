@@ -1,73 +1,28 @@
 // The SQL Server store and the real driver against a server on loopback.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <functional>
+#include <chrono>
 #include <string>
 #include <string_view>
 
-#include "ktl/platform/ado/connection.h"
-#include "ktl/platform/ado/error.h"
-#include "ktl/platform/encoding.h"
-#include "tests/support/tds_server/server.h"
+#include "tests/platform/ado/tds/tds_fixture.h"
 
 namespace ktl::test {
 namespace {
 
 using ado::Connection;
-using ado::ConnectionRef;
 using ado::DataType;
 using ado::RecordsetRef;
-using ado::Value;
 
-/// What an operation reports: "number: description" in UTF-8, empty without a fault.
-std::string FaultOf(const std::function<void()> &operation) {
-    try {
-        operation();
-    } catch (const ado::Error &error) {
-        return std::to_string(error.GetNumber()) + ": " + ToUtf8(error.GetDescription());
-    }
-    return {};
-}
-
-class TdsStore : public ::testing::Test {
-  protected:
-    ConnectionRef Open(const std::string &password = "sec'ret;1", const std::string &database = "map",
-                       const std::string &user = "sa") const {
-        return Connection::Open(FromUtf8("Provider=SQLOLEDB.1;Persist Security Info=True;User ID=" + user +
-                                         ";Password=\"" + password + "\";Conect Lifetime=0;Data Source=127.0.0.1," +
-                                         std::to_string(m_server.Port()) + ";Initial Catalog=" + database));
-    }
-    long long Run(std::string_view statement) { return Link().Execute(FromUtf8(statement)); }
-    RecordsetRef Select(std::string_view statement) { return Link().OpenRecordset(FromUtf8(statement), false); }
-    /// Cells with `|` between them and a line feed behind each row, in UTF-8; a null is `~`.
-    std::string Rows(std::string_view statement) {
-        std::string text;
-        for (RecordsetRef rows = Select(statement); !rows->IsEOF(); rows->MoveNext()) {
-            for (int i = 0; i < rows->GetColumnCount(); ++i) {
-                const Value &cell = rows->GetCell(i);
-                text += (i ? "|" : "") + (cell.IsNull() ? "~" : ToUtf8(cell.ToText()));
-            }
-            text += '\n';
-        }
-        return text;
-    }
-    Connection &Link() {
-        if (!m_connection) m_connection = Open();
-        return *m_connection;
-    }
-
-    TdsServer m_server{"sa", "sec'ret;1", {"map", "other"}};
-    ConnectionRef m_connection;
-};
+class TdsStore : public TdsFixture {};
 
 TEST_F(TdsStore, LoginsThatFailSayWhy) {
     EXPECT_TRUE(Open()->IsOpen());
     const std::string wrong = FaultOf([&] { Open("wrong"); });
     EXPECT_EQ(wrong.find("18456: Login failed for user 'sa'."), 0u) << wrong;
-    const std::string stranger = FaultOf([&] { Open("sec'ret;1", "map", "nobody"); });
+    const std::string stranger = FaultOf([&] { Open("sec'ret;密", "map", "nobody"); });
     EXPECT_NE(stranger.find("Login failed for user 'nobody'."), std::string::npos) << stranger;
-    const std::string missing = FaultOf([&] { Open("sec'ret;1", "nowhere"); });
+    const std::string missing = FaultOf([&] { Open("sec'ret;密", "nowhere"); });
     EXPECT_NE(missing.find("Cannot open database \"nowhere\""), std::string::npos) << missing;
 }
 
@@ -87,7 +42,7 @@ TEST_F(TdsStore, ChineseTextGoesBothWays) {
     Run("Create Table [省界] ([名称] [nvarchar](20), [code] varchar(20), [fixed] char(6), [说明] ntext)");
     EXPECT_EQ(Run("Insert Into [省界] Values ('北京''市[x]', '中a国', '浙', '镕镕')"), 1);
     EXPECT_EQ(Run("Insert Into [省界]([名称]) Values ('上海')"), 1);
-    EXPECT_EQ(Rows("Select [名称],[code],RTrim([fixed]),[说明] From [省界]"), "北京'市[x]|中a国|浙|镕镕\n上海|~|~|~\n");
+    EXPECT_EQ(Rows("Select [名称],[code],[fixed],[说明] From [省界]"), "北京'市[x]|中a国|浙|镕镕\n上海|~|~|~\n");
     EXPECT_EQ(Run("Update [省界] Set [名称]='重庆' Where [名称]='上海'"), 1);
     EXPECT_EQ(Rows("Select [名称] From [省界] Where [名称] Like '%庆%'"), "重庆\n");
     // The bytes are GBK on this side, whatever travelled.
@@ -116,8 +71,8 @@ TEST_F(TdsStore, ValuesOfEachTypeArriveWithTypeAndSize) {
         {"datetime", "'2009-02-20 08:09:36'", DataType::DBTimeStamp, 16, "2009/2/20 8:09:36"},
         {"nvarchar(40)", "'ab'", DataType::VarWChar, 40, "ab"},
         {"varchar(30)", "'ab'", DataType::VarChar, 30, "ab"},
-        {"ntext", "'ab'", DataType::LongVarWChar, 2147483647, "ab"},
-        {"nvarchar(max)", "'ab'", DataType::LongVarWChar, 2147483647, "ab"},
+        {"ntext", "'ab'", DataType::LongVarWChar, 1073741823, "ab"},
+        {"nvarchar(max)", "'ab'", DataType::LongVarWChar, 1073741823, "ab"},
     };
     int number = 0;
     for (const Case &c : kCases) {
@@ -234,6 +189,18 @@ TEST_F(TdsStore, StatementsTravelAsTheyAreWritten) {
     const std::vector<std::string> sent = m_server.Statements();
     ASSERT_FALSE(sent.empty());
     EXPECT_EQ(sent.back(), "Insert Into [Map].dbo.[t]([a]) Values ('中')");
+}
+
+TEST_F(TdsStore, StatementThatTakesTooLongEndsInAnError) {
+    m_connection = Open("sec'ret;密", "map;Command Timeout=1");
+    Run("Create Table t (a int)");
+    const auto start = std::chrono::steady_clock::now();
+    const std::string fault = FaultOf([&] { Run("WaitFor Delay '0:0:20'; Insert Into t Values (1)"); });
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+    EXPECT_NE(fault.find("Timeout expired"), std::string::npos) << fault;
+    // The connection goes on, and one that waits less long is not disturbed.
+    Run("WaitFor Delay '0:0:0.1'");
+    EXPECT_EQ(Rows("Select 7"), "7\n");
 }
 
 TEST_F(TdsStore, LostConnectionIsAnErrorAndANewOneWorks) {

@@ -51,6 +51,9 @@ TEST(Parser, WhatTheTablesSendIsUnderstood) {
         "Alter Table w001 Rename a to b",
         "Alter Table w001 Rename Column a To b",
         "ALTER TABLE [w001] ALTER COLUMN [x] numeric(20,10)",
+        "Select ID,order,from,like,values From w001 Where order Like '%x%' And is = 1 Order By order Desc",
+        "Select distinct From w001",
+        "Update w001 Set where='x' Where where='y'",
         "Drop Table w001",
         "Select * From [w001.dbf]",
         "Select * From w001.dbf && the rest is a remark",
@@ -81,6 +84,8 @@ TEST(Parser, FaultsSayWhatAndWhere) {
         {"Update t Set a='it''s Where b=1",
          "Syntax error: a quoted text is not closed at byte 16 near \"'it''s Where b=1\"."},
         {"Update t Set a= Where b=1", "Syntax error: a value or a column was expected at byte 17 near \"Where b=1\"."},
+        {"Update t Set a= Where (b=1)",
+         "Syntax error: a value or a column was expected at byte 17 near \"Where (b=1)\"."},
         {"Select a From t, u",
          "Syntax error: a statement reads one table; joins are not supported at byte 16 near "
          "\", u\"."},

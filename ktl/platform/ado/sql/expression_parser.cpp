@@ -23,8 +23,10 @@ constexpr SymbolOp kProducts[] = {{"*", Op::Multiply}, {"/", Op::Divide}, {"%", 
 constexpr SymbolOp kPowers[] = {{"^", Op::Power}, {"**", Op::Power}};
 constexpr SymbolOp kSums[] = {{"+", Op::Add}, {"-", Op::Subtract}};
 
-/// Words that no column's name begins an operand with unless it stands in brackets.
+/// Words that stand for a column only where what follows goes on behind an operand.
 constexpr const char *kReserved[] = {"from", "where", "order", "and", "or", "set", "values", "into", "like", "is"};
+constexpr const char *kBehindOperands[] = {"from", "where", "order", "and", "or",         "like",   "is",
+                                           "in",   "not",   "as",    "asc", "descending", "between"};
 
 /// The table's operator that is the current token, or null.
 template <std::size_t count>
@@ -49,6 +51,15 @@ void Append(Expression &left, Op op, Expression right, std::uint32_t position, b
         left = std::move(node);
     }
     left.operands.push_back(std::move(right));
+}
+
+/// A reserved word that is in the place of an operand and cannot be a column's name there.
+bool IsMisplaced(TokenStream &tokens) {
+    const auto isCurrent = [&](const char *word) { return EqualNames(tokens.Current().text, word); };
+    if (std::none_of(std::begin(kReserved), std::end(kReserved), isCurrent)) return false;
+    if (tokens.Ahead().kind == TokenKind::Symbol) return tokens.IsAheadSymbol("(");
+    return std::none_of(std::begin(kBehindOperands), std::end(kBehindOperands),
+                        [&](const char *word) { return tokens.IsAheadWord(word); });
 }
 
 void RefuseSelect(const TokenStream &tokens) {
@@ -247,9 +258,7 @@ Expression ExpressionParser::ParseBracket() {
 Expression ExpressionParser::ParseWordPrimary() {
     Expression constant;
     if (m_literals.ParseWord(constant)) return constant;
-    const bool reserved = std::any_of(std::begin(kReserved), std::end(kReserved),
-                                      [&](const char *word) { return EqualNames(m_tokens.Current().text, word); });
-    if (reserved) m_tokens.Fail("a value or a column was expected");
+    if (IsMisplaced(m_tokens)) m_tokens.Fail("a value or a column was expected");
     return m_tokens.IsAheadSymbol("(") ? ParseCall() : ParseColumn();
 }
 

@@ -36,7 +36,8 @@ void ParseTop(TokenStream &tokens, SelectStatement &select) {
 /// Distinct, Top and All, unless they are the names of columns.
 void ParsePrefixes(TokenStream &tokens, SelectStatement &select) {
     while (true) {
-        if (tokens.TakeWord("distinct")) {
+        if (tokens.IsWord("distinct") && !tokens.IsAheadSymbol(",") && !tokens.IsAheadWord("from")) {
+            tokens.Advance();
             select.distinct = true;
         } else if (tokens.IsWord("top") && tokens.Ahead().kind == TokenKind::Number) {
             tokens.Advance();

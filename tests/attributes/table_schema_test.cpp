@@ -141,6 +141,21 @@ TEST_F(TableSchema, AddedColumnReachesFileListAndBuffer) {
     EXPECT_EQ(same->GetValueCount(), 5);
 }
 
+TEST_F(TableSchema, ColumnThatStatementsCannotNameIsRefused) {
+    // Otherwise no row of the table could be stored any more.
+    auto table = Make({Field("order", DATA_CHAR, 5)});
+    int logged = 0;
+    for (const char *name : {"a b", "a-b", "12", "1e5", "Null", "true", "not", ""}) {
+        EXPECT_EQ(Open("w002")->CreateNewLayerTable(Columns({Field(name, DATA_INT)}).get()), 0) << name;
+        table->AddField(Field(name, DATA_INT));
+        EXPECT_EQ(m_app.Logged(2), logged += 2) << name;
+    }
+    EXPECT_EQ(table->GetFieldCount(), 3);
+    for (const char *name : {"2d", "from", "路"}) table->AddField(Field(ktl::FromUtf8(name).GetString(), DATA_INT));
+    EXPECT_EQ(table->GetFieldCount(), 6);
+    EXPECT_EQ(m_app.Logged(2), logged);
+}
+
 TEST_F(TableSchema, AddedColumnWithoutAListIsLogged) {
     Make({});
     Open()->AddField(Field("more", DATA_INT));

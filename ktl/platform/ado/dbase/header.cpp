@@ -6,6 +6,7 @@
 #include "ktl/platform/ado/dbase/code_page.h"
 #include "ktl/platform/ado/error.h"
 #include "ktl/platform/ado/names.h"
+#include "ktl/platform/ado/sql/token.h"
 #include "ktl/platform/date_time.h"
 
 namespace ktl::ado::dbase {
@@ -234,6 +235,23 @@ std::string BuildHeader(const Header &header, const CodePage &codePage) {
     return bytes;
 }
 
+namespace {
+
+/// Statements can name the column without brackets, as most do.
+bool IsPlainName(std::string_view name) {
+    constexpr const char *kOperands[] = {"not", "null", "true", "false"};
+    const auto isName = [&](const char *word) { return EqualNames(name, word); };
+    if (name.empty() || std::any_of(std::begin(kOperands), std::end(kOperands), isName)) return false;
+    for (std::size_t i = 0; i < name.size(); i += GbkLength(name, i)) {
+        if (!sql::IsWordByte(name[i])) return false;
+    }
+    std::size_t end = 0;
+    Value number;
+    return !sql::ScanNumber(name, end, number) || end < name.size();
+}
+
+}  // namespace
+
 Field MakeField(const sql::ColumnDefinition &definition) {
     const auto *facts = std::find_if(std::begin(kTypeFacts), std::end(kTypeFacts),
                                      [&](const TypeFacts &row) { return row.type == definition.type; });
@@ -241,9 +259,9 @@ Field MakeField(const sql::ColumnDefinition &definition) {
     if (name.size() >= kNameSize) {
         ThrowDefinition(definition, "a column's name has at most 10 bytes", error_number::kColumnName);
     }
-    if (std::any_of(name.begin(), name.end(), [](char c) { return static_cast<unsigned char>(c) < ' '; }) ||
-        name.find_first_not_of(' ') == std::string_view::npos) {
-        ThrowDefinition(definition, "the name of a column cannot be like this", error_number::kColumnName);
+    if (!IsPlainName(name)) {
+        ThrowDefinition(definition, "a column's name is a word, and neither a number nor Not, Null, True or False",
+                        error_number::kColumnName);
     }
     Field field;
     field.name = definition.name;

@@ -186,15 +186,22 @@ TEST_F(TableStream, FailingRowKeepsTheBuffer) {
 
 TEST_F(TableStream, OlderDocumentsBringNoMemos) {
     auto table = Make({Field("note", DATA_MEMO, -1)});
-    SetRow(*table, 1, {"text"});
+    for (const int shape : {1, 2, 3}) SetRow(*table, shape, {"text"});
     const std::string bytes = Stored(*table, 204);
     table.reset();
     CTable_Local_dbf loaded;
     LoadInto(loaded, bytes, 204);
     EXPECT_FALSE(m_app.Folder().Has("TempDB/w001.fpt"));
-    EXPECT_EQ(loaded.GetRecordCount(1), 1);
-    const std::unique_ptr<CRecord> row(loaded.GetShapeProperty(1, 0));
-    EXPECT_EQ(ValuesOf(row.get()), "1|1||");
+    EXPECT_EQ(Rows("Select * From w001"), "1|1|\n2|2|\n3|3|\n");
+    // New texts are kept, and a pointer into the lost file leads to none of them.
+    auto shapes = Numbers({2});
+    auto flags = Numbers({0});
+    loaded.UpdatePropertyValue(shapes, flags, "note", "new");
+    SetRow(loaded, 4, {"row"});
+    CTable_Local_dbf again;
+    LoadInto(again, Stored(loaded));
+    EXPECT_EQ(Rows("Select * From w001"), "1|1|\n2|2|new\n3|3|\n4|4|row\n");
+    EXPECT_EQ(m_app.Log(), "");
 }
 
 TEST_F(TableStream, DroppedMemoColumnLeavesNoMemoFile) {

@@ -121,13 +121,16 @@ void MemoFile::FlushHeader() {
     m_headerStale = false;
 }
 
-void MemoFile::Create(const std::string &systemPath) {
+void MemoFile::Create(const std::string &systemPath, std::uint32_t lostBlock) {
+    const std::uint64_t firstBlock = std::max<std::uint64_t>(kMemoHeaderSize / kNewBlockSize, lostBlock + 1ULL);
     std::string header(kMemoHeaderSize, '\0');
-    StoreBig32(header.data(), kMemoHeaderSize / kNewBlockSize);
+    StoreBig32(header.data(), static_cast<std::uint32_t>(firstBlock));
     StoreBig16(&header[kMemoBlockSizeAt], kNewBlockSize);
     DataFile file;
     file.Create(systemPath);
     file.Write(0, header);
+    const std::uint64_t size = firstBlock * kNewBlockSize;
+    if (size > kMemoHeaderSize) file.Write(size - 1, std::string_view("", 1));
     file.Flush();
 }
 

@@ -33,8 +33,8 @@ class MemoFile {
     /// Writes the header's free pointer behind what was appended.
     void FlushHeader();
 
-    /// A new, empty .fpt file.
-    static void Create(const std::string &systemPath);
+    /// A new, empty .fpt file whose blocks up to `lostBlock` are never used.
+    static void Create(const std::string &systemPath, std::uint32_t lostBlock = 0);
 
   private:
     bool ReadSized(std::uint64_t offset, std::uint64_t size, std::string &value);

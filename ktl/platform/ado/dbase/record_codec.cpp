@@ -43,7 +43,7 @@ void RecordCodec::Read(const Field &field, const char *record, Value &value) con
 void RecordCodec::WriteMemo(const Field &field, const Value &value, char *record) const {
     std::uint32_t block = 0;
     if (!value.Bytes().empty()) {
-        MemoFile *memo = m_memos.FindMemo();
+        MemoFile *memo = m_memos.NeedMemo();
         if (!memo) throw Error("The memo file is missing or cannot be used.", error_number::kMemoFile);
         const bool text = field.IsTextMemo();
         if (text && !m_codePage.IsGbk()) {

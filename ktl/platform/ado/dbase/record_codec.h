@@ -13,6 +13,8 @@ class MemoSource {
     virtual ~MemoSource() = default;
     /// Null when there is no memo file.
     virtual MemoFile *FindMemo() = 0;
+    /// For writing: a source may make a file that is missing.
+    virtual MemoFile *NeedMemo() { return FindMemo(); }
 };
 
 /// Reads and writes whole cells of records in memory: text through the table's code page, memos through their file.

@@ -92,6 +92,8 @@ class Table final : public sql::Table, private IdleTable, private MemoSource {
     void DescribeColumns();
     void NoteKeyColumn(const Field &field);
     void LookForMemo();
+    MemoFile *NeedMemo() override;
+    std::uint32_t GreatestMemoPointer() const;
     void ForgetIndexes();
     void DropBuffers();
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "ktl/platform/ado/dbase/beside.h"
 #include "ktl/platform/ado/dbase/cell.h"
 #include "ktl/platform/ado/dbase/table.h"
 #include "ktl/platform/ado/error.h"
@@ -13,6 +14,8 @@ namespace {
 
 /// Appended rows are written when they reach this size, at the latest when the statement ends.
 constexpr std::size_t kAppendBytes = 256 * 1024;
+/// A table that points farther than this into a lost memo file (1 GB of it) is damaged.
+constexpr std::uint32_t kMostLostBlocks = 1U << 24U;
 
 }  // namespace
 
@@ -21,6 +24,33 @@ void Table::SetRehearsal(bool on) {
     m_rehearsed.clear();
     // The rows that were rehearsed are read again.
     if (!on) m_window.Drop();
+}
+
+std::uint32_t Table::GreatestMemoPointer() const {
+    std::uint32_t greatest = 0;
+    RowWindow rows;
+    const auto atOnce = static_cast<std::uint32_t>(std::max<std::size_t>(1, kAppendBytes / m_header.recordLength));
+    for (sql::RowNumber row = 0; row < m_rowCount;) {
+        rows.Load(m_file, m_header, row, atOnce);
+        if (rows.GetRowCount() == 0) break;
+        for (; row < rows.GetEnd(); ++row) {
+            for (const Field &field : m_header.fields) {
+                if (field.IsMemo()) greatest = std::max(greatest, MemoPointer(field, rows.RecordOf(row)));
+            }
+        }
+    }
+    return greatest;
+}
+
+/// A file that is missing is made anew. The rows' pointers led into the lost one, and must lead to none of the new
+/// texts.
+MemoFile *Table::NeedMemo() {
+    if (MemoFile *memo = FindMemo()) return memo;
+    const std::uint32_t lost = GreatestMemoPointer();
+    if (!m_header.IsFoxProFamily() || lost > kMostLostBlocks) return nullptr;
+    MemoFile::Create(WithExtension(m_file.GetPath(), ".fpt"), lost);
+    m_memoReady = false;
+    return FindMemo();
 }
 
 /// Memos are kept aside: their file only ever grows.

@@ -10,8 +10,9 @@
 namespace ktl::ado::odbc {
 
 /// Writes single cells of a statement's rows back to the table that they come from. A row is found by the key of its
-/// table, whether the statement shows the key or not; in a table without one by all its shown short cells, which must
-/// be those of a single row. No other row is ever touched.
+/// table; a key that the statement does not show is read by sending it again, where the row must stand at its place
+/// and look the same. In a table without a key it is found by all its shown short cells, which must be those of a
+/// single row. One row is written, or none.
 class RowWriter {
   public:
     RowWriter(std::weak_ptr<Link> link, const CString &statement);

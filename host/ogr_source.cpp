@@ -1,19 +1,14 @@
 #include "host/ogr_source.h"
 
-#include <cpl_error.h>
 #include <gdal_priv.h>
 #include <ogr_spatialref.h>
 #include <ogrsf_frmts.h>
-#include <unistd.h>
 
-#include <cerrno>
 #include <cmath>
-#include <cstring>
-#include <filesystem>
 #include <memory>
-#include <system_error>
 
 #include "host/error.h"
+#include "host/ogr_open.h"
 
 namespace ktl::host {
 
@@ -21,76 +16,16 @@ namespace {
 
 constexpr long long kFeaturesBetweenReports = 1000;
 
-std::string InOneLine(std::string text) {
-    for (char &c : text) {
-        if (c == '\n' || c == '\r') c = ' ';
-    }
-    while (!text.empty() && (text.back() == ' ' || text.back() == '.')) text.pop_back();
-    return text;
-}
-
-// Catches what GDAL would tell on the terminal. Only what it tells counts as a failure: its drivers try things quietly,
-// and the last error that GDAL itself remembers may be one of those.
-class GdalMessages {
-  public:
-    GdalMessages() { CPLPushErrorHandlerEx(OnMessage, this); }
-    GdalMessages(const GdalMessages &) = delete;
-    GdalMessages &operator=(const GdalMessages &) = delete;
-    ~GdalMessages() { CPLPopErrorHandler(); }
-
-    void Forget() { m_failure.clear(); }
-    bool Failed() const { return !m_failure.empty(); }
-    /// The first failure since the last `Forget`.
-    const std::string &Failure() const { return m_failure; }
-
-  private:
-    static void CPL_STDCALL OnMessage(CPLErr kind, CPLErrorNum, const char *text) {
-        auto *self = static_cast<GdalMessages *>(CPLGetErrorHandlerUserData());
-        if (kind >= CE_Failure && self->m_failure.empty()) self->m_failure = InOneLine(text);
-    }
-
-    std::string m_failure;
-};
-
 std::string Quoted(const std::string &name) {
     return "'" + name + "'";
-}
-
-std::string WhyNotOpened(const std::string &path, const GdalMessages &messages) {
-    std::error_code error;
-    const auto status = std::filesystem::status(path, error);
-    if (status.type() == std::filesystem::file_type::not_found) return "no such file or directory";
-    if (access(path.c_str(), R_OK) != 0 && errno != ENOENT) return std::strerror(errno);
-    if (std::filesystem::is_regular_file(status) && std::filesystem::file_size(path, error) == 0 && !error) {
-        return "the file is empty";
-    }
-    if (std::filesystem::is_directory(status)) return "no map data that can be read in this directory";
-    return messages.Failed() ? messages.Failure() : "no map file of a known format";
-}
-
-GDALDatasetUniquePtr Open(const std::string &path, GdalMessages &messages) {
-    messages.Forget();
-    GDALDatasetUniquePtr dataset(
-        GDALDataset::Open(path.c_str(), GDAL_OF_VECTOR | GDAL_OF_READONLY, nullptr, nullptr, nullptr));
-    if (!dataset) throw Error("cannot read " + Quoted(path) + ": " + WhyNotOpened(path, messages));
-    return dataset;
-}
-
-std::string LayerNames(GDALDataset &dataset) {
-    std::string names;
-    for (OGRLayer *layer : dataset.GetLayers()) names += (names.empty() ? "" : ", ") + std::string(layer->GetName());
-    return names.empty() ? "no layers" : names;
 }
 
 std::vector<OGRLayer *> ChosenLayers(GDALDataset &dataset, const SourceOptions &options) {
     std::vector<OGRLayer *> layers;
     if (options.layer.empty()) {
         for (OGRLayer *layer : dataset.GetLayers()) layers.push_back(layer);
-    } else if (OGRLayer *layer = dataset.GetLayerByName(options.layer.c_str())) {
-        layers.push_back(layer);
     } else {
-        throw Error("no layer " + Quoted(options.layer) + " in " + Quoted(options.path) + ", which has " +
-                    LayerNames(dataset));
+        layers.push_back(&FindLayer(dataset, options.path, options.layer));
     }
     return layers;
 }
@@ -336,8 +271,9 @@ void ReadReport::Add(const ReadReport &other) {
 ReadReport ReadSource(const SourceOptions &options, const MapArea &area, GeometrySink &sink,
                       const ProgressCallback &progress) {
     GdalMessages messages;
+    const GdalMessages::Listening listening(messages);
     Report(progress, {"opening", 0, -1});
-    const GDALDatasetUniquePtr dataset = Open(options.path, messages);
+    const GDALDatasetUniquePtr dataset = OpenOgr(options.path, messages);
     const std::vector<OGRLayer *> layers = ChosenLayers(*dataset, options);
     for (OGRLayer *layer : layers) ApplyFilter(*layer, options, messages);
     const long long total = CountFeatures(layers);

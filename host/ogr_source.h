@@ -1,10 +1,10 @@
 #pragma once
 
-#include <functional>
 #include <string>
 #include <vector>
 
 #include "host/map_area.h"
+#include "host/progress.h"
 
 namespace ktl::host {
 
@@ -40,15 +40,6 @@ class GeometrySink {
     /// Closed rings under the even-odd rule, one at least. More than one: an area with holes.
     virtual void AddArea(std::vector<Path> &&rings) = 0;
 };
-
-/// Where a long run stands; `total` is -1 while it is not known.
-struct Progress {
-    const char *what = "";
-    long long done = 0;
-    long long total = -1;
-};
-/// Returns false to stop the run, which then throws `Interrupted`. May be empty.
-using ProgressCallback = std::function<bool(const Progress &)>;
 
 /// Reads a source from end to end and hands its geometry to the sink, taken apart into points, lines and areas, turned
 /// into degrees on WGS 84 where a layer says that it is something else (a layer that says nothing is in degrees), and

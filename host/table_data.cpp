@@ -1,16 +1,18 @@
 #include "host/table_data.h"
 
+#include <unistd.h>
+
 #include <algorithm>
-#include <cctype>
-#include <cstdlib>
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <memory>
+#include <optional>
 
 #include "host/error.h"
-#include "host/table_transfer.h"
-#include "ktl/attributes/fields.h"
-#include "ktl/attributes/record.h"
-#include "ktl/attributes/table_local_dbf.h"
+#include "host/gbk_path.h"
+#include "host/ogr_table.h"
+#include "host/text_number.h"
 #include "ktl/platform/ado/connection.h"
 #include "ktl/platform/ado/error.h"
 #include "ktl/platform/encoding.h"
@@ -22,34 +24,42 @@ namespace {
 namespace fs = std::filesystem;
 using ado::DataType;
 
-std::string Lower(std::string text) {
-    for (char &c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return text;
+std::string Ending(const std::string &path) {
+    return LowerAscii(fs::path(path).extension().string());
 }
 
-std::string Ending(const std::string &path) {
-    return Lower(fs::path(path).extension().string());
+bool IsAccessFile(const std::string &path) {
+    return Ending(path) == ".mdb" || Ending(path) == ".accdb";
 }
 
 // A text that must survive its way into GBK.
 CString Gbk(const std::string &text, const char *what) {
-    int replaced = 0;
-    const CString gbk = FromUtf8(text, &replaced);
-    if (replaced > 0) throw Error(std::string(what) + " holds characters that the tables' encoding (GBK) lacks");
-    return gbk;
+    if (!IsGbk(text)) throw Error(std::string(what) + " holds characters that the tables' encoding (GBK) lacks");
+    return FromUtf8(text);
 }
 
-CString ConnectionTo(const std::string &store) {
-    if (Lower(store).find("provider=") != std::string::npos) return Gbk(store, "the connection string");
+// An open store, and the name that it was opened by.
+struct Store {
+    std::shared_ptr<GbkPath> path;
+    ado::ConnectionRef connection;
+};
+
+Store OpenFiles(const char *provider, const std::string &file) {
+    auto path = std::make_shared<GbkPath>(file);
+    const CString text = CString("Provider=") + provider + ";Data Source=\"" + path->Name() + "\"";
+    return {path, ado::Connection::Open(text)};
+}
+
+Store OpenStore(const std::string &store) {
+    if (LowerAscii(store).find("provider=") != std::string::npos) {
+        return {nullptr, ado::Connection::Open(Gbk(store, "the connection string"))};
+    }
     std::error_code ignored;
-    if (fs::is_directory(store, ignored)) {
-        return "Provider=VFPOLEDB.1;Data Source=\"" + PlatformPath(fs::absolute(store).string()) + "\"";
-    }
+    if (fs::is_directory(store, ignored)) return OpenFiles("VFPOLEDB.1", store);
     if (!fs::exists(store, ignored)) throw Error("cannot read '" + store + "': no such file or directory");
-    if (Ending(store) != ".mdb") {
-        throw Error("'" + store + "' is no folder, no .mdb file and no connection string with a Provider");
-    }
-    return "Provider=Microsoft.Jet.OLEDB.4.0;Data Source=\"" + PlatformPath(fs::absolute(store).string()) + "\"";
+    if (Ending(store) == ".dbf") return OpenFiles("VFPOLEDB.1", fs::absolute(store).parent_path());
+    if (IsAccessFile(store)) return OpenFiles("Microsoft.Jet.OLEDB.4.0", store);
+    throw Error("'" + store + "' is no folder, no .mdb file and no connection string with a Provider");
 }
 
 template <class Action>
@@ -61,210 +71,265 @@ auto TellFaults(Action action) {
     }
 }
 
-struct TypeWords {
-    const char *type;
-    bool isNumber;
-    bool hasWidth;
-};
+/// Those of the widest whole number that tables make, a sign among them.
+constexpr int kMostWholeDigits = 20;
 
-TypeWords WordsFor(DataType type) {
-    switch (type) {
+// A decimal number is whole when its column has no decimals.
+TableColumn DecimalColumn(const ado::Column &column) {
+    const bool isWhole = column.scale == 0 && column.precision > 0 && column.precision <= kMostWholeDigits;
+    const int width = column.precision > 0 ? column.precision : column.definedSize;
+    return {{}, isWhole ? ColumnType::kInteger : ColumnType::kNumber, width, column.scale, column.precision > 9};
+}
+
+TableColumn Shape(const ado::Column &column) {
+    switch (column.type) {
         case DataType::SmallInt:
         case DataType::Integer:
         case DataType::TinyInt:
         case DataType::UnsignedTinyInt:
         case DataType::UnsignedSmallInt:
+            return {{}, ColumnType::kInteger, column.definedSize, 0, false};
         case DataType::UnsignedInt:
         case DataType::BigInt:
         case DataType::UnsignedBigInt:
-            return {"integer", true, true};
+            return {{}, ColumnType::kInteger, column.definedSize, 0, true};
         case DataType::Single:
         case DataType::Double:
         case DataType::Currency:
+            return {{}, ColumnType::kNumber, column.definedSize, 0, false};
         case DataType::Decimal:
         case DataType::Numeric:
         case DataType::VarNumeric:
-            return {"number", true, true};
+            return DecimalColumn(column);
         case DataType::Boolean:
-            return {"yes/no", false, false};
-        case DataType::Date:
+            return {{}, ColumnType::kYesNo, 0, 0, false};
         case DataType::DBDate:
+            return {{}, ColumnType::kDate, 0, 0, false};
         case DataType::DBTime:
+            return {{}, ColumnType::kTime, 0, 0, false};
+        case DataType::Date:
         case DataType::DBTimeStamp:
-            return {"date", false, false};
+            return {{}, ColumnType::kDateTime, 0, 0, false};
         case DataType::LongVarChar:
         case DataType::LongVarWChar:
-            return {"memo", false, false};
+            return {{}, ColumnType::kMemo, 0, 0, false};
         case DataType::Binary:
         case DataType::VarBinary:
         case DataType::LongVarBinary:
-            return {"bytes", false, false};
+            return {{}, ColumnType::kBytes, 0, 0, false};
         default:
-            return {"text", false, true};
+            return {{}, ColumnType::kText, column.definedSize, 0, false};
     }
 }
 
-TableColumn Describe(const ado::Column &column) {
-    const TypeWords words = WordsFor(column.type);
-    const int width = column.precision > 0 ? column.precision : column.definedSize;
-    return {ToUtf8(column.name), words.type, words.hasWidth ? width : 0, words.isNumber};
+// A server's columns may lack a name, or share one.
+std::vector<TableColumn> Describe(const std::vector<ado::Column> &given) {
+    std::vector<TableColumn> columns;
+    for (const ado::Column &column : given) {
+        std::string name = ToUtf8(column.name);
+        if (name.empty()) name = "column" + std::to_string(columns.size() + 1);
+        const std::string wanted = name;
+        const auto isTaken = [&](const TableColumn &other) { return other.name == name; };
+        for (int i = 2; std::any_of(columns.begin(), columns.end(), isTaken); ++i) {
+            name = wanted + "_" + std::to_string(i);
+        }
+        columns.push_back(Shape(column));
+        columns.back().name = name;
+    }
+    return columns;
 }
 
-TypeWords WordsFor(ENUM_DATA type) {
-    switch (type) {
-        case DATA_INT:
-        case DATA_BIGINT:
-            return {"integer", true, true};
-        case DATA_NUMERIC:
-            return {"number", true, true};
-        case DATA_BOOL:
-            return {"yes/no", true, false};
-        case DATA_DATETIME:
-            return {"date", false, false};
-        case DATA_MEMO:
-            return {"memo", false, false};
-        default:
-            return {"text", false, true};
+// Midnight and the zero date are left out, as the platform does when it turns a date into text.
+std::string DateText(ado::DateTime time, ColumnType type) {
+    const ado::CivilTime civil = ado::ToCivil(time);
+    char date[32];
+    char clock[32];
+    std::snprintf(date, sizeof date, "%04d-%02d-%02d", civil.year, civil.month, civil.day);
+    std::snprintf(clock, sizeof clock, "%02d:%02d:%02d", civil.hour, civil.minute, civil.second);
+    const bool isMidnight = civil.hour == 0 && civil.minute == 0 && civil.second == 0;
+    if (type == ColumnType::kDate || (isMidnight && type == ColumnType::kDateTime)) return date;
+    return type == ColumnType::kTime || time.day == 0 ? clock : std::string(date) + " " + clock;
+}
+
+void Fill(TableCell &cell, const ado::Value &value, ColumnType type) {
+    using Kind = ado::Value::Kind;
+    switch (value.GetKind()) {
+        case Kind::Null:
+            cell = {};
+            return;
+        case Kind::Integer:
+            cell = {CellKind::kNumber, std::to_string(value.Integer())};
+            return;
+        case Kind::Double:
+            cell = {CellKind::kNumber, NumberText(value.Double())};
+            return;
+        case Kind::Decimal:
+            cell = {CellKind::kNumber, ado::DecimalToText(value.AsDecimal())};
+            return;
+        case Kind::Bool:
+            cell = {CellKind::kYesNo, value.Bool() ? "true" : "false"};
+            return;
+        case Kind::DateTime:
+            cell = {CellKind::kText, DateText(value.Time(), type)};
+            return;
+        case Kind::Bytes:
+            cell = {CellKind::kBytes, std::string(value.Bytes())};
+            return;
+        case Kind::Text:
+            cell = {CellKind::kText, ToUtf8(value.Text())};
+            return;
     }
 }
 
-std::optional<std::string> CellText(const ado::Value &cell) {
-    if (cell.IsNull()) return {};
-    if (cell.GetKind() == ado::Value::Kind::Bytes) return "(" + std::to_string(cell.Bytes().size()) + " bytes)";
-    return ToUtf8(cell.ToText().TrimRight());
-}
-
-using Row = std::vector<std::optional<std::string>>;
-
-// Takes the rows that hold the word, the first of them in full.
-class Collector {
+// Hands the pages of a statement to a sink. A statement that gives no rows gives one closed page.
+class PageWalk {
   public:
-    Collector(TableData &data, const std::string &word, long long most) : m_data(data), m_word(word), m_most(most) {}
+    explicit PageWalk(TableSink &sink) : m_sink(sink) {}
 
-    void Take(Row &&row) {
-        const auto holds = [&](const auto &cell) { return cell && cell->find(m_word) != std::string::npos; };
-        if (!m_word.empty() && !std::any_of(row.begin(), row.end(), holds)) return;
-        if (m_data.count++ < m_most) m_data.rows.push_back(std::move(row));
+    bool Take(const ado::RecordsetRef &page) {
+        if (!page->IsOpen()) return false;
+        if (!m_gaveRows) Begin(page->GetColumns());
+        for (; !page->IsEOF(); page->MoveNext()) {
+            for (std::size_t i = 0; i < m_row.size(); ++i) {
+                Fill(m_row[i], page->GetCell(static_cast<int>(i)), m_columns[i].type);
+            }
+            if (!m_sink.TakeRow(m_row)) return false;
+        }
+        return true;
     }
-    // Whether the rows still to come change nothing but their number, which `total` tells.
-    bool IsFull() const { return m_word.empty() && m_data.count >= m_most; }
+    bool GaveRows() const { return m_gaveRows; }
 
   private:
-    TableData &m_data;
-    const std::string &m_word;
-    long long m_most;
+    void Begin(const std::vector<ado::Column> &columns) {
+        m_gaveRows = true;
+        m_columns = Describe(columns);
+        m_row.resize(m_columns.size());
+        m_sink.TakeColumns(m_columns);
+    }
+
+    TableSink &m_sink;
+    std::vector<TableColumn> m_columns;
+    TableRow m_row;
+    bool m_gaveRows = false;
 };
 
-void Collect(ado::Recordset &rows, const std::string &word, long long most, TableData &data) {
-    for (const ado::Column &column : rows.GetColumns()) data.columns.push_back(Describe(column));
-    Collector collector(data, word, most);
-    for (; !rows.IsEOF() && !collector.IsFull(); rows.MoveNext()) {
-        Row row;
-        for (int i = 0; i < rows.GetColumnCount(); ++i) row.push_back(CellText(rows.GetCell(i)));
-        collector.Take(std::move(row));
+bool Send(ado::Connection &connection, const CString &statement, TableSink &sink) {
+    PageWalk walk(sink);
+    connection.ReadPages(statement, [&](const ado::RecordsetRef &page) { return walk.Take(page); });
+    return walk.GaveRows();
+}
+
+std::vector<std::string> TablesOf(ado::Connection &connection) {
+    std::vector<std::string> names;
+    for (const auto rows = connection.OpenSchema(ado::Connection::kSchemaTables); !rows->IsEOF(); rows->MoveNext()) {
+        if (rows->GetCell("TABLE_TYPE").Text() == "TABLE") names.push_back(ToUtf8(rows->GetCell("TABLE_NAME").Text()));
     }
-    if (word.empty()) data.count = rows.GetRecordCount();
+    return names;
 }
 
-CString FirstTable(ado::Connection &connection) {
-    const ado::RecordsetRef tables = connection.OpenSchema(ado::Connection::kSchemaTables);
-    while (!tables->IsEOF() && tables->GetCell("TABLE_TYPE").Text() != "TABLE") tables->MoveNext();
-    if (tables->IsEOF()) throw Error("no tables in it");
-    return tables->GetCell("TABLE_NAME").ToText();
+struct StoredTable {
+    Store store;
+    CString name;
+    std::vector<std::string> tables;
+};
+
+std::string Joined(const std::vector<std::string> &names) {
+    std::string text;
+    for (const std::string &name : names) text += (text.empty() ? "" : ", ") + name;
+    return text;
 }
 
-// An empty name takes the first table.
-TableData ReadStored(const std::string &store, const CString &name, const std::string &word, long long most) {
-    return TellFaults([&] {
-        const ado::ConnectionRef connection = ado::Connection::Open(ConnectionTo(store));
-        const CString table = name.IsEmpty() ? FirstTable(*connection) : name;
-        const ado::RecordsetRef rows = connection->OpenRecordset("Select * From [" + table + "]", false);
-        TableData data;
-        Collect(*rows, word, most, data);
-        return data;
-    });
+// A table of a store of several; the first one for an empty name.
+StoredTable FindTable(const TableSource &source) {
+    StoredTable table{OpenStore(source.path), {}, {}};
+    table.tables = TablesOf(*table.store.connection);
+    if (table.tables.empty()) throw Error("no tables in '" + source.path + "'");
+    const std::string wanted = source.layer.empty() ? table.tables.front() : source.layer;
+    const auto isWanted = [&](const std::string &name) { return LowerAscii(name) == LowerAscii(wanted); };
+    if (std::none_of(table.tables.begin(), table.tables.end(), isWanted)) {
+        throw Error("no table '" + wanted + "' in '" + source.path + "', which has " + Joined(table.tables));
+    }
+    table.name = Gbk(wanted, "the table's name");
+    return table;
 }
 
-// A folder for a table that is only looked at.
-class TemporaryFolder {
+bool HoldsTables(const std::string &folder) {
+    std::error_code ignored;
+    for (const auto &entry : fs::directory_iterator(folder, ignored)) {
+        if (Ending(entry.path().string()) == ".dbf") return true;
+    }
+    return false;
+}
+
+void RequireReadable(const std::string &path) {
+    if (access(path.c_str(), R_OK) != 0) throw Error("cannot read '" + path + "': " + std::strerror(errno));
+}
+
+// Empty for what OGR reads.
+std::optional<StoredTable> FindStored(const TableSource &source) {
+    if (IsAccessFile(source.path)) {
+        RequireReadable(source.path);
+        return FindTable(source);
+    }
+    if (HoldsTables(source.path)) return FindTable(source);
+    if (Ending(source.path) != ".dbf" || !source.layer.empty()) return {};
+    RequireReadable(source.path);
+    const std::string name = fs::path(source.path).stem().string();
+    if (name.find(']') != std::string::npos) throw Error("a table's name cannot hold ']': '" + name + "'");
+    return StoredTable{OpenStore(source.path), Gbk(name, "the table's name"), {name}};
+}
+
+// Takes the columns alone.
+class ColumnTaker : public TableSink {
   public:
-    TemporaryFolder() {
-        std::string pattern = (fs::temp_directory_path() / "ktl-table-XXXXXX").string();
-        if (mkdtemp(pattern.data()) == nullptr) throw Error("cannot make a folder in the temporary one");
-        m_path = pattern;
-    }
-    TemporaryFolder(const TemporaryFolder &) = delete;
-    TemporaryFolder &operator=(const TemporaryFolder &) = delete;
-    ~TemporaryFolder() {
-        std::error_code ignored;
-        fs::remove_all(m_path, ignored);
-    }
-    CString Path() const { return PlatformPath(m_path.string()); }
+    void TakeColumns(const std::vector<TableColumn> &given) override { columns = given; }
+    bool TakeRow(const TableRow &) override { return false; }
 
-  private:
-    fs::path m_path;
+    std::vector<TableColumn> columns;
 };
 
-Row RowOf(const CRecord &record, int firstColumn) {
-    Row row;
-    for (int i = firstColumn; i < record.GetValueCount(); ++i) row.emplace_back(ToUtf8(record.GetValueAt(i)));
-    return row;
+TableInfo DescribeStored(const StoredTable &table) {
+    TableInfo info{ToUtf8(table.name), table.tables, {}, 0};
+    ColumnTaker taker;
+    Send(*table.store.connection, "Select Top 1 * From [" + table.name + "]", taker);
+    info.columns = taker.columns;
+    const auto count = table.store.connection->OpenRecordset("Select Count(*) From [" + table.name + "]", false);
+    info.rows = count->GetCell(0).ToInteger().value_or(0);
+    return info;
 }
 
-TableData ReadLayer(const TableSource &source, const std::string &word, long long most) {
-    constexpr int kSystemColumns = 2;
-    const TemporaryFolder folder;
-    CTable_Local_dbf table(folder.Path(), "layer");
-    const TableReport report = ImportTable(source, table);
-    TableData data;
-    for (int i = kSystemColumns; i < table.GetFieldCount(); ++i) {
-        const CField &field = *table.GetFieldAt(i);
-        const TypeWords words = WordsFor(field.eType);
-        data.columns.push_back({ToUtf8(field.strName), words.type, words.hasWidth ? field.nLength : 0, words.isNumber});
-    }
-    Collector collector(data, word, most);
-    for (int i = 0; i < table.GetNewRecordCount() && !collector.IsFull(); ++i) {
-        collector.Take(RowOf(*table.GetNewRecordAt(i), kSystemColumns));
-    }
-    if (word.empty()) data.count = report.rows;
-    data.notes = report.notes;
-    if (report.replacedCharacters > 0) {
-        data.notes.push_back(std::to_string(report.replacedCharacters) + " characters that GBK lacks were replaced");
-    }
-    if (report.emptyNumbers > 0) data.notes.push_back(std::to_string(report.emptyNumbers) + " empty numbers are 0");
-    return data;
-}
-
-bool GivesRows(const std::string &statement) {
-    const std::size_t first = statement.find_first_not_of(" \t\r\n(");
-    return first != std::string::npos && Lower(statement.substr(first, 6)) == "select";
+// Words that begin a statement which may give rows; of any other the number of changed rows counts.
+bool MayGiveRows(const std::string &statement) {
+    static constexpr const char *kWords[] = {"select", "sele", "selec", "with", "exec", "execute", "values"};
+    const std::size_t first = statement.find_first_not_of(" \t\r\n(;");
+    if (first == std::string::npos) return false;
+    const std::string word = LowerAscii(statement.substr(first, statement.find_first_of(" \t\r\n(*", first) - first));
+    return std::find(std::begin(kWords), std::end(kWords), word) != std::end(kWords);
 }
 
 }  // namespace
 
-TableData ReadTable(const std::string &path, const std::string &layer, const std::string &word, long long most) {
-    std::error_code ignored;
-    if (!fs::exists(path, ignored)) throw Error("cannot read '" + path + "': no such file or directory");
-    if (Ending(path) == ".dbf" && layer.empty()) {
-        const CString name = Gbk(fs::path(path).stem().string(), "the file's name");
-        return ReadStored(fs::absolute(path).parent_path().string(), name, word, most);
-    }
-    if (Ending(path) == ".mdb") return ReadStored(path, Gbk(layer, "the table's name"), word, most);
-    return ReadLayer({path, layer}, word, most);
+TableInfo DescribeTable(const TableSource &source) {
+    return TellFaults([&] {
+        const auto stored = FindStored(source);
+        return stored ? DescribeStored(*stored) : DescribeOgrTable(source);
+    });
 }
 
-TableData RunStatement(const std::string &store, const std::string &statement) {
+void ReadTable(const TableSource &source, TableSink &sink) {
+    TellFaults([&] {
+        const auto stored = FindStored(source);
+        if (!stored) return ReadOgrTable(source, sink);
+        Send(*stored->store.connection, "Select * From [" + stored->name + "]", sink);
+    });
+}
+
+StatementResult RunStatement(const std::string &store, const std::string &statement, TableSink &sink) {
     const CString sql = Gbk(statement, "the statement");
     return TellFaults([&] {
-        const ado::ConnectionRef connection = ado::Connection::Open(ConnectionTo(store));
-        TableData data;
-        if (GivesRows(statement)) {
-            const ado::RecordsetRef rows = connection->OpenRecordset(sql, false);
-            Collect(*rows, {}, kAllRows, data);
-        } else {
-            data.count = connection->Execute(sql);
-        }
-        return data;
+        const Store opened = OpenStore(store);
+        if (!MayGiveRows(statement)) return StatementResult{false, opened.connection->Execute(sql)};
+        return StatementResult{Send(*opened.connection, sql, sink), 0};
     });
 }
 

@@ -1,42 +1,28 @@
 #pragma once
 
-#include <functional>
-#include <limits>
-#include <optional>
 #include <string>
-#include <vector>
+
+#include "host/table_rows.h"
 
 namespace ktl::host {
 
-/// A column as it is shown. Texts are UTF-8.
-struct TableColumn {
-    std::string name;
-    /// In a word: text, memo, integer, number, yes/no, date, bytes.
-    std::string type;
-    /// Characters or bytes; 0 where that has no meaning.
-    int width = 0;
-    bool isNumber = false;
+/// The columns and the number of rows.
+TableInfo DescribeTable(const TableSource &source);
+
+/// Hands a table's rows to the sink: of a .dbf file through the library's own engine, memos and all, of a table of an
+/// .mdb file, or the attributes of a layer of whatever else OGR opens. Large .dbf files and layers are never held
+/// whole. Throws `Error`.
+void ReadTable(const TableSource &source, TableSink &sink);
+
+struct StatementResult {
+    /// False: the statement gave no columns, and the sink has seen nothing.
+    bool gaveRows = false;
+    /// Rows that such a statement changed.
+    long long touched = 0;
 };
 
-/// A table, or what a statement gave, in memory. Texts are UTF-8; a cell without a value is empty.
-struct TableData {
-    std::vector<TableColumn> columns;
-    std::vector<std::vector<std::optional<std::string>>> rows;
-    /// Rows in all, of which `rows` may hold the first.
-    long long count = 0;
-    /// What a person should know, a line each.
-    std::vector<std::string> notes;
-};
-
-constexpr long long kAllRows = std::numeric_limits<long long>::max();
-
-/// Reads a .dbf file in place, a table of an .mdb file, or the attributes of a layer of whatever else OGR opens (an
-/// empty name takes the first), at most `most` rows. With a word, only the rows count of which a cell holds it, letter
-/// case and all. Throws `Error`.
-TableData ReadTable(const std::string &path, const std::string &layer, const std::string &word, long long most);
-
-/// Sends a statement to a folder of .dbf files, an .mdb file or the store that a connection string names. A statement
-/// that gives no rows leaves the columns empty and tells in `count` how many it touched. Throws `Error`.
-TableData RunStatement(const std::string &store, const std::string &statement);
+/// Sends a statement to a store: a folder of .dbf files (or one of its files), an .mdb file, or what a connection
+/// string names. Throws `Error` that says what was wrong and where.
+StatementResult RunStatement(const std::string &store, const std::string &statement, TableSink &sink);
 
 }  // namespace ktl::host

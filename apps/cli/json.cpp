@@ -58,21 +58,28 @@ JsonWriter &JsonWriter::Text(std::string_view name, std::string_view value) {
 }
 
 JsonWriter &JsonWriter::Number(std::string_view name, long long value) {
+    return Digits(name, std::to_string(value));
+}
+
+JsonWriter &JsonWriter::Digits(std::string_view name, std::string_view number) {
     StartValue(name);
-    m_text += std::to_string(value);
+    m_text += number;
     return *this;
 }
 
+JsonWriter &JsonWriter::Bool(std::string_view name, bool value) {
+    return Digits(name, value ? "true" : "false");
+}
+
+JsonWriter &JsonWriter::Null(std::string_view name) {
+    return Digits(name, "null");
+}
+
 JsonWriter &JsonWriter::Real(std::string_view name, double value) {
-    StartValue(name);
-    if (!std::isfinite(value)) {
-        m_text += "null";
-        return *this;
-    }
+    if (!std::isfinite(value)) return Null(name);
     char digits[64];
     const auto end = std::to_chars(digits, digits + sizeof digits, value).ptr;
-    m_text.append(digits, end);
-    return *this;
+    return Digits(name, {digits, static_cast<std::size_t>(end - digits)});
 }
 
 void JsonWriter::StartValue(std::string_view name) {
@@ -81,7 +88,7 @@ void JsonWriter::StartValue(std::string_view name) {
         NewLine();
     }
     m_first = false;
-    if (name.empty()) return;
+    if (m_closers.empty() || m_closers.back() == ']') return;
     AppendQuoted(name);
     m_text += ": ";
 }

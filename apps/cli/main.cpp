@@ -1,4 +1,8 @@
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 
 #include "apps/cli/command.h"
@@ -18,7 +22,7 @@ SYNOPSIS
 
 COMMANDS
     render    draw map files into a georeferenced image
-    table     look into attribute tables and send them statements
+    table     look into attribute tables, convert them, send them statements
 
     'ktl COMMAND --help' tells about a command.
 
@@ -78,9 +82,19 @@ int Run(CLI::App &program, int argc, char **argv) {
     }
 }
 
+// A standard stream that came closed must not be the next file that is opened: what is meant for the stream would go
+// into that file. What stands in its place fails as the closed one would.
+void KeepStandardStreams() {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(stream, F_GETFD) != -1) continue;
+        if (open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY) != stream) std::_Exit(kExitFailure);
+    }
+}
+
 }  // namespace
 
 int main(int argc, char **argv) {
+    KeepStandardStreams();
     CLI::App program;
     program.name("ktl");
     program.formatter_fn([](const CLI::App *, std::string, CLI::AppFormatMode) { return std::string(kHelp); });

@@ -4,6 +4,9 @@
 
 #include <csignal>
 #include <cstdio>
+#include <string_view>
+
+#include "apps/cli/command.h"
 
 namespace ktl::cli {
 
@@ -18,23 +21,35 @@ void OnInterrupt(int) {
     interrupted = 1;
 }
 
-void WatchInterrupt() {
+const char *lastWords = "";
+
+void OnInstantInterrupt(int) {
+    const std::string_view words = lastWords;
+    if (write(STDERR_FILENO, words.data(), words.size()) < 0) _exit(kExitInterrupted);
+    _exit(kExitInterrupted);
+}
+
+void Watch(void (*handler)(int)) {
     struct sigaction action = {};
-    action.sa_handler = OnInterrupt;
+    action.sa_handler = handler;
     action.sa_flags = static_cast<int>(SA_RESETHAND);
     for (const int signal : kStopSignals) sigaction(signal, &action, nullptr);
+}
+
+void Unwatch() {
+    for (const int signal : kStopSignals) std::signal(signal, SIG_DFL);
 }
 
 }  // namespace
 
 TerminalProgress::TerminalProgress()
     : m_isTerminal(isatty(STDERR_FILENO) != 0), m_next(std::chrono::steady_clock::now() + kBetweenLines) {
-    WatchInterrupt();
+    Watch(OnInterrupt);
 }
 
 TerminalProgress::~TerminalProgress() {
     if (m_shown) std::fputs("\r\033[K", stderr);
-    for (const int signal : kStopSignals) std::signal(signal, SIG_DFL);
+    Unwatch();
 }
 
 host::ProgressCallback TerminalProgress::Callback() {
@@ -55,6 +70,15 @@ void TerminalProgress::Show(const host::Progress &progress) {
         std::fprintf(stderr, "\r\033[K%s %lld", progress.what, progress.done);
     }
     std::fflush(stderr);
+}
+
+InstantInterrupt::InstantInterrupt(const char *message) {
+    lastWords = message;
+    Watch(OnInstantInterrupt);
+}
+
+InstantInterrupt::~InstantInterrupt() {
+    Unwatch();
 }
 
 }  // namespace ktl::cli

@@ -2,7 +2,7 @@
 
 #include <chrono>
 
-#include "host/ogr_source.h"
+#include "host/progress.h"
 
 namespace ktl::cli {
 
@@ -24,6 +24,17 @@ class TerminalProgress {
     bool m_isTerminal;
     bool m_shown = false;
     std::chrono::steady_clock::time_point m_next;
+};
+
+/// For runs that leave nothing behind whenever they stop: Ctrl-C or a termination signal writes `message` to standard
+/// error and ends the program at once, with the status of an interrupted run. For the time of this object; one at a
+/// time.
+class InstantInterrupt {
+  public:
+    explicit InstantInterrupt(const char *message);
+    InstantInterrupt(const InstantInterrupt &) = delete;
+    InstantInterrupt &operator=(const InstantInterrupt &) = delete;
+    ~InstantInterrupt();
 };
 
 }  // namespace ktl::cli

@@ -1,151 +1,220 @@
 #include "apps/cli/table_output.h"
 
 #include <algorithm>
-#include <charconv>
-#include <cmath>
-#include <limits>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
 
+#include "apps/cli/display_width.h"
 #include "apps/cli/json.h"
+#include "host/error.h"
 
 namespace ktl::cli {
 
 namespace {
 
-constexpr const char *kGap = "  ";
+using host::CellKind;
+using host::TableCell;
+using host::TableColumn;
+using host::TableRow;
 
-struct Range {
-    char32_t first;
-    char32_t last;
-};
+constexpr std::size_t kWriteBytes = 1 << 16;
 
-// Characters of East Asian scripts and symbols that take two columns.
-constexpr Range kWide[] = {
-    {0x1100, 0x115F}, {0x2E80, 0x303E},   {0x3041, 0x33FF},   {0x3400, 0x4DBF}, {0x4E00, 0x9FFF},
-    {0xA000, 0xA4CF}, {0xAC00, 0xD7A3},   {0xF900, 0xFAFF},   {0xFE30, 0xFE6F}, {0xFF00, 0xFF60},
-    {0xFFE0, 0xFFE6}, {0x1F300, 0x1FAFF}, {0x20000, 0x3FFFD},
-};
-
-// The code point at `at`, which moves behind it. The texts come from a converter and are sound.
-char32_t Next(std::string_view text, std::size_t &at) {
-    const auto lead = static_cast<unsigned char>(text[at++]);
-    if (lead < 0x80) return lead;
-    const int more = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : 1;
-    char32_t point = lead & (0x3F >> more);
-    for (int i = 0; i < more && at < text.size(); ++i)
-        point = point << 6 | (static_cast<unsigned char>(text[at++]) & 0x3F);
-    return point;
-}
-
-int WidthOf(char32_t point) {
-    const bool wide = std::any_of(std::begin(kWide), std::end(kWide),
-                                  [&](const Range &range) { return point >= range.first && point <= range.last; });
-    return wide ? 2 : 1;
-}
-
-std::string OneLine(std::string text) {
-    for (char &c : text) {
-        if (static_cast<unsigned char>(c) < ' ' || c == '\x7F') c = ' ';
+std::string Base64(const std::string &bytes) {
+    static constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string text;
+    for (std::size_t i = 0; i < bytes.size(); i += 3) {
+        unsigned group = 0;
+        for (std::size_t k = 0; k < 3; ++k) {
+            group = group << 8 | (i + k < bytes.size() ? static_cast<unsigned char>(bytes[i + k]) : 0U);
+        }
+        for (std::size_t k = 0; k < 4; ++k) {
+            text += i + k <= bytes.size() ? kDigits[group >> (18 - 6 * k) & 63] : '=';
+        }
     }
     return text;
 }
 
-void AppendPadded(std::string &out, const std::string &text, int width, bool toTheRight) {
-    const auto pad = static_cast<std::size_t>(std::max(0, width - DisplayWidth(text)));
-    if (toTheRight) out.append(pad, ' ');
-    out += text;
-    if (!toTheRight) out.append(pad, ' ');
-}
-
-std::string Aligned(const host::TableData &data) {
-    const std::size_t count = data.columns.size();
-    std::vector<int> widths(count);
-    for (std::size_t c = 0; c < count; ++c) {
-        widths[c] = DisplayWidth(data.columns[c].name);
-        for (const auto &row : data.rows) widths[c] = std::max(widths[c], DisplayWidth(row[c].value_or("")));
+// Gathers small pieces.
+class Output {
+  public:
+    Output &operator+=(std::string_view text) {
+        m_text += text;
+        if (m_text.size() >= kWriteBytes) Flush();
+        return *this;
     }
-    std::string out;
-    const auto line = [&](auto cell) {
-        for (std::size_t c = 0; c < count; ++c) {
-            if (c > 0) out += kGap;
-            AppendPadded(out, OneLine(cell(c)), widths[c], data.columns[c].isNumber);
+    void Flush() {
+        Print(m_text);
+        m_text.clear();
+    }
+
+  private:
+    std::string m_text;
+};
+
+class AlignedOutput : public TableOutput {
+  public:
+    void TakeColumns(const std::vector<TableColumn> &columns) override {
+        m_columns = columns;
+        for (TableColumn &column : m_columns) column.name = OneLine(column.name, kMostWidth);
+        for (const TableColumn &column : m_columns) m_widths.push_back(DisplayWidth(column.name));
+    }
+    bool TakeRow(const TableRow &row) override {
+        std::vector<std::string> texts;
+        for (const TableCell &cell : row) texts.push_back(TextOf(cell));
+        if (m_begun) {
+            Line(texts);
+            return true;
         }
-        out.erase(out.find_last_not_of(' ') + 1);
-        out += '\n';
-    };
-    line([&](std::size_t c) { return data.columns[c].name; });
-    line([&](std::size_t c) { return std::string(static_cast<std::size_t>(widths[c]), '-'); });
-    for (const auto &row : data.rows) line([&](std::size_t c) { return row[c].value_or(""); });
-    return out;
-}
-
-void AppendCsv(std::string &out, const std::string &text) {
-    if (text.find_first_of(",\"\r\n") == std::string::npos) {
-        out += text;
-        return;
+        for (std::size_t i = 0; i < texts.size(); ++i) m_widths[i] = std::max(m_widths[i], DisplayWidth(texts[i]));
+        m_waiting.push_back(std::move(texts));
+        if (m_waiting.size() == kMeasuredRows) Begin();
+        return true;
     }
-    out += '"';
-    for (const char c : text) out.append(c == '"' ? 2 : 1, c);
-    out += '"';
-}
+    void Finish() override {
+        if (!m_begun) Begin();
+        m_out.Flush();
+    }
 
-std::string Csv(const host::TableData &data) {
-    std::string out;
-    const auto line = [&](auto cell) {
-        for (std::size_t c = 0; c < data.columns.size(); ++c) {
-            if (c > 0) out += ',';
-            AppendCsv(out, cell(c));
+  private:
+    static constexpr const char *kGap = "  ";
+    static constexpr int kMostWidth = 80;
+    static constexpr std::size_t kMeasuredRows = 1000;
+
+    static std::string TextOf(const TableCell &cell) {
+        if (cell.kind == CellKind::kBytes) return "(" + std::to_string(cell.text.size()) + " bytes)";
+        return OneLine(cell.text, kMostWidth);
+    }
+
+    void Begin() {
+        m_begun = true;
+        std::vector<std::string> names;
+        std::vector<std::string> rules;
+        for (std::size_t i = 0; i < m_columns.size(); ++i) {
+            names.push_back(m_columns[i].name);
+            rules.emplace_back(static_cast<std::size_t>(m_widths[i]), '-');
         }
-        out += '\n';
-    };
-    line([&](std::size_t c) { return data.columns[c].name; });
-    for (const auto &row : data.rows) line([&](std::size_t c) { return row[c].value_or(""); });
-    return out;
-}
+        Line(names);
+        Line(rules);
+        for (const auto &texts : m_waiting) Line(texts);
+        m_waiting.clear();
+    }
+    void Line(const std::vector<std::string> &texts) {
+        std::string line;
+        for (std::size_t i = 0; i < texts.size(); ++i) {
+            if (i > 0) line += kGap;
+            const auto pad = static_cast<std::size_t>(std::max(0, m_widths[i] - DisplayWidth(texts[i])));
+            if (host::IsNumber(m_columns[i].type)) line.append(pad, ' ');
+            line += texts[i];
+            if (!host::IsNumber(m_columns[i].type)) line.append(pad, ' ');
+        }
+        line.erase(line.find_last_not_of(' ') + 1);
+        m_out += line + "\n";
+    }
 
-void AddJsonCell(JsonWriter &json, const host::TableColumn &column, const std::optional<std::string> &cell) {
-    if (!cell || (column.isNumber && cell->empty())) {
-        json.Real(column.name, std::numeric_limits<double>::quiet_NaN());
-        return;
-    }
-    const char *end = cell->data() + cell->size();
-    if (long long whole = 0; column.isNumber && std::from_chars(cell->data(), end, whole).ptr == end) {
-        json.Number(column.name, whole);
-    } else if (double real = 0; column.isNumber && std::from_chars(cell->data(), end, real).ptr == end) {
-        json.Real(column.name, real);
-    } else {
-        json.Text(column.name, *cell);
-    }
-}
+    std::vector<TableColumn> m_columns;
+    std::vector<int> m_widths;
+    std::vector<std::vector<std::string>> m_waiting;
+    bool m_begun = false;
+    Output m_out;
+};
 
-std::string Json(const host::TableData &data) {
-    JsonWriter json;
-    json.BeginArray();
-    for (const auto &row : data.rows) {
-        json.BeginObject();
-        for (std::size_t c = 0; c < data.columns.size(); ++c) AddJsonCell(json, data.columns[c], row[c]);
-        json.End();
+class CsvOutput : public TableOutput {
+  public:
+    void TakeColumns(const std::vector<TableColumn> &columns) override {
+        for (std::size_t i = 0; i < columns.size(); ++i) Field(i, columns[i].name);
+        EndLine();
     }
-    json.End();
-    return json.Result();
-}
+    bool TakeRow(const TableRow &row) override {
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            Field(i, row[i].kind == CellKind::kBytes ? Base64(row[i].text) : row[i].text);
+        }
+        EndLine();
+        return true;
+    }
+    void Finish() override { m_out.Flush(); }
+
+  private:
+    void Field(std::size_t index, const std::string &text) {
+        if (index > 0) m_line += ',';
+        if (text.find_first_of(",\"\r\n") == std::string::npos) {
+            m_line += text;
+            return;
+        }
+        m_line += '"';
+        for (const char c : text) m_line.append(c == '"' ? 2 : 1, c);
+        m_line += '"';
+    }
+    // A line without anything would be no record.
+    void EndLine() {
+        m_out += m_line.empty() ? "\"\"\r\n" : m_line + "\r\n";
+        m_line.clear();
+    }
+
+    std::string m_line;
+    Output m_out;
+};
+
+class JsonOutput : public TableOutput {
+  public:
+    JsonOutput() { m_json.BeginArray(); }
+
+    void TakeColumns(const std::vector<TableColumn> &columns) override { m_columns = columns; }
+    bool TakeRow(const TableRow &row) override {
+        m_json.BeginObject();
+        for (std::size_t i = 0; i < row.size(); ++i) Add(m_columns[i].name, row[i]);
+        m_json.End();
+        m_out += m_json.Take();
+        return true;
+    }
+    void Finish() override {
+        m_out += m_json.End().Take();
+        m_out.Flush();
+    }
+
+  private:
+    void Add(const std::string &name, const TableCell &cell) {
+        switch (cell.kind) {
+            case CellKind::kNull:
+                m_json.Null(name);
+                return;
+            case CellKind::kNumber:
+                // What is not a number is spelled with letters other than an exponent's.
+                if (cell.text.find_first_of("nN") == std::string::npos) {
+                    m_json.Digits(name, cell.text);
+                } else {
+                    m_json.Null(name);
+                }
+                return;
+            case CellKind::kYesNo:
+                m_json.Bool(name, cell.text == "true");
+                return;
+            default:
+                m_json.Text(name, cell.kind == CellKind::kBytes ? Base64(cell.text) : cell.text);
+        }
+    }
+
+    JsonWriter m_json;
+    std::vector<TableColumn> m_columns;
+    Output m_out;
+};
 
 }  // namespace
 
-int DisplayWidth(std::string_view utf8) {
-    int width = 0;
-    for (std::size_t at = 0; at < utf8.size();) width += WidthOf(Next(utf8, at));
-    return width;
-}
-
-std::string TableText(const host::TableData &data, TableForm form) {
+std::unique_ptr<TableOutput> MakeTableOutput(TableForm form) {
     switch (form) {
         case TableForm::kCsv:
-            return Csv(data);
+            return std::make_unique<CsvOutput>();
         case TableForm::kJson:
-            return Json(data);
+            return std::make_unique<JsonOutput>();
         default:
-            return Aligned(data);
+            return std::make_unique<AlignedOutput>();
     }
+}
+
+void Print(const std::string &text) {
+    if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0) return;
+    throw host::Error(std::string("cannot write to standard output: ") + std::strerror(errno));
 }
 
 }  // namespace ktl::cli

@@ -35,7 +35,8 @@ inline void UseTable() {
         for (const char *statement :
              {"Select * From t", "Select Count(0) From t Where ShapeID=3 And ID<>-1",
               "Select Top 5 * From t Order By 1", "Update t Set M='new memo' Where ID=1", "Update t Set ID=7",
-              "Insert Into t (ID) Values (9)", "Delete From t Where ID=9", "Alter Table t Add zz Char(3)",
+              "Insert Into t (ID) Values (9)", "Delete From t Where ID=9", "Update t Set ID=ID+1,M=M",
+              "Select ID,Count(*),Max(M) From t Group By ID", "Pack t", "Alter Table t Add zz Char(3)",
               "Select * From t", "Alter Table t Alter Column M Char(5)", "Select * From t"}) {
             Try(*connection, statement);
         }

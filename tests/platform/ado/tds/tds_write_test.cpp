@@ -78,6 +78,8 @@ TEST_F(TdsWrite, RowIsFoundByItsKeyShownOrNot) {
         {"k varbinary(9)", "0x00FF|0x00FE"},
         {"k bit", "0|1"},
         {"[k]]e y] int", "1|2"},
+        // Its second byte in GBK is a bracket.
+        {"[癩] int", "1|2"},
     };
     for (const auto &[declaration, literals] : kKeys) {
         for (const char *select : {"Select * From [表]", "Select b, name From [map].dbo.[表] Where name='相同'"}) {
@@ -105,6 +107,7 @@ TEST_F(TdsWrite, HiddenKeysAreReadBehindListsOfEveryForm) {
         "select top 3 p,(Select Max(a2) From u) As m from t Order By 2, a Desc, b Desc",
         "Select p, [from], ' From (' As x From t, u Where a=a2 And b=2",
         "Select b As [From], p As q From t Where b=2",
+        "Select p, '癧' As 癧 From t Where b=2",
     };
     for (const char *select : kSelects) {
         SCOPED_TRACE(select);
@@ -152,6 +155,12 @@ TEST_F(TdsWrite, RowThatChangedMeanwhileIsAnErrorAndNothingIsWritten) {
             Run("Drop Table t");
         }
     }
+    Run("Create Table t (k int Primary Key, p image); Insert Into t Values (1,Null); Insert Into t Values (2,Null)");
+    const RecordsetRef rows = Select("Select p From t");
+    Run("Delete From t Where k=1");
+    rows->AppendChunk(0, "x");
+    EXPECT_EQ(FaultOf([&] { rows->Update(); }), gone) << "fewer rows";
+    EXPECT_EQ(Rows("Select Count(0) From t Where p Is Not Null"), "0\n");
 }
 
 TEST_F(TdsWrite, TextGoesOutOfGbk) {

@@ -333,4 +333,8 @@ StatementResult RunStatement(const std::string &store, const std::string &statem
     });
 }
 
+bool MayChangeFiles(const std::string &store, const std::string &statement) {
+    return LowerAscii(store).find("sqloledb") == std::string::npos && !MayGiveRows(statement);
+}
+
 }  // namespace ktl::host

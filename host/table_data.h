@@ -25,4 +25,7 @@ struct StatementResult {
 /// string names. Throws `Error` that says what was wrong and where.
 StatementResult RunStatement(const std::string &store, const std::string &statement, TableSink &sink);
 
+/// True for a statement that may change files of a store: it has to come to its end, or may leave half of its work.
+bool MayChangeFiles(const std::string &store, const std::string &statement);
+
 }  // namespace ktl::host

@@ -17,22 +17,26 @@ constexpr int kStopSignals[] = {SIGINT, SIGTERM};
 
 volatile std::sig_atomic_t interrupted = 0;
 
-void OnInterrupt(int) {
+void NoteInterrupt(int) {
     interrupted = 1;
 }
 
-const char *lastWords = "";
+const char *message = "";
 
-void OnInstantInterrupt(int) {
-    const std::string_view words = lastWords;
-    if (write(STDERR_FILENO, words.data(), words.size()) < 0) _exit(kExitInterrupted);
+void OnMessage(int) {
+    const std::string_view text = message;
+    if (write(STDERR_FILENO, text.data(), text.size()) < 0) _exit(kExitInterrupted);
+}
+
+void OnLastMessage(int signal) {
+    OnMessage(signal);
     _exit(kExitInterrupted);
 }
 
 void Watch(void (*handler)(int)) {
     struct sigaction action = {};
     action.sa_handler = handler;
-    action.sa_flags = static_cast<int>(SA_RESETHAND);
+    action.sa_flags = static_cast<int>(SA_RESETHAND | SA_RESTART);
     for (const int signal : kStopSignals) sigaction(signal, &action, nullptr);
 }
 
@@ -44,7 +48,7 @@ void Unwatch() {
 
 TerminalProgress::TerminalProgress()
     : m_isTerminal(isatty(STDERR_FILENO) != 0), m_next(std::chrono::steady_clock::now() + kBetweenLines) {
-    Watch(OnInterrupt);
+    Watch(NoteInterrupt);
 }
 
 TerminalProgress::~TerminalProgress() {
@@ -72,12 +76,12 @@ void TerminalProgress::Show(const host::Progress &progress) {
     std::fflush(stderr);
 }
 
-InstantInterrupt::InstantInterrupt(const char *message) {
-    lastWords = message;
-    Watch(OnInstantInterrupt);
+InterruptMessage::InterruptMessage(const char *text, OnInterrupt action) {
+    message = text;
+    Watch(action == OnInterrupt::kEnd ? OnLastMessage : OnMessage);
 }
 
-InstantInterrupt::~InstantInterrupt() {
+InterruptMessage::~InterruptMessage() {
     Unwatch();
 }
 

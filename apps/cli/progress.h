@@ -26,15 +26,22 @@ class TerminalProgress {
     std::chrono::steady_clock::time_point m_next;
 };
 
-/// For runs that leave nothing behind whenever they stop: Ctrl-C or a termination signal writes `message` to standard
-/// error and ends the program at once, with the status of an interrupted run. For the time of this object; one at a
-/// time.
-class InstantInterrupt {
+/// What the first Ctrl-C or termination signal does, besides writing a message to standard error. A second one ends the
+/// program at once.
+enum class OnInterrupt {
+    /// Ends the program with the status of an interrupted run: for runs that leave nothing behind whenever they stop.
+    kEnd,
+    /// Nothing: for what must come to its end.
+    kGoOn,
+};
+
+/// For the time of this object; one at a time.
+class InterruptMessage {
   public:
-    explicit InstantInterrupt(const char *message);
-    InstantInterrupt(const InstantInterrupt &) = delete;
-    InstantInterrupt &operator=(const InstantInterrupt &) = delete;
-    ~InstantInterrupt();
+    InterruptMessage(const char *message, OnInterrupt action);
+    InterruptMessage(const InterruptMessage &) = delete;
+    InterruptMessage &operator=(const InterruptMessage &) = delete;
+    ~InterruptMessage();
 };
 
 }  // namespace ktl::cli

@@ -34,6 +34,7 @@ struct TableArguments {
 };
 
 constexpr const char *kInterrupted = "ktl table: interrupted\n";
+constexpr const char *kGoesOn = "ktl table: the statement is brought to its end; once more ends it in its middle\n";
 constexpr long long kAllRows = std::numeric_limits<long long>::max();
 
 long long Limit(const TableArguments &arguments) {
@@ -88,7 +89,7 @@ void PrintInfoAsJson(const host::TableInfo &info) {
 }
 
 void RunInfo(const TableArguments &arguments) {
-    const InstantInterrupt interrupt(kInterrupted);
+    const InterruptMessage interrupt(kInterrupted, OnInterrupt::kEnd);
     const host::Runtime runtime;
     const host::TableInfo info = host::DescribeTable(arguments.Source());
     if (arguments.json) return PrintInfoAsJson(info);
@@ -128,7 +129,7 @@ class RowFilter : public host::TableSink {
 
 void RunRows(const TableArguments &arguments) {
     const long long limit = Limit(arguments);
-    const InstantInterrupt interrupt(kInterrupted);
+    const InterruptMessage interrupt(kInterrupted, OnInterrupt::kEnd);
     const host::Runtime runtime;
     const auto output = MakeTableOutput(arguments.Form());
     RowFilter filter(*output, arguments.second, limit);
@@ -145,7 +146,9 @@ void PrintTouched(long long rows, TableForm form) {
 }
 
 void RunSql(const TableArguments &arguments) {
-    const InstantInterrupt interrupt(kInterrupted);
+    const bool mustEnd = host::MayChangeFiles(arguments.file, arguments.second);
+    const InterruptMessage interrupt(mustEnd ? kGoesOn : kInterrupted,
+                                     mustEnd ? OnInterrupt::kGoOn : OnInterrupt::kEnd);
     const host::Runtime runtime;
     const auto output = MakeTableOutput(arguments.Form());
     const host::StatementResult result = host::RunStatement(arguments.file, arguments.second, *output);

@@ -142,16 +142,6 @@ std::vector<ResultColumn> ColumnsOf(sqlite3_stmt *statement, const std::vector<s
     return columns;
 }
 
-/// One row of a description.
-struct DescribedColumn {
-    std::string name;
-    bool hidden = false;
-    bool key = false;
-    std::string database;
-    std::string table;
-    std::string column;
-};
-
 DescribedColumn DescribeColumn(sqlite3 *sqlite, sqlite3_stmt *statement, int position) {
     const auto text = [](const char *name) { return std::string(name ? name : ""); };
     DescribedColumn column;
@@ -166,6 +156,18 @@ DescribedColumn DescribeColumn(sqlite3 *sqlite, sqlite3_stmt *statement, int pos
     }
     column.key = isKey != 0;
     return column;
+}
+
+Parameters ParametersOf(const DescribedColumn &column, long long ordinal) {
+    const auto orNull = [](const std::string &text) { return text.empty() ? Cell() : Cell(text); };
+    return {{"@o", ordinal},
+            {"@n", column.name},
+            {"@h", static_cast<long long>(column.hidden)},
+            {"@k", static_cast<long long>(column.key)},
+            {"@d", orNull(column.database)},
+            {"@s", column.table.empty() ? Cell() : Cell(std::string("dbo"))},
+            {"@t", orNull(column.table)},
+            {"@c", orNull(column.column)}};
 }
 
 }  // namespace
@@ -229,6 +231,20 @@ Result Databases::Run(const std::string &sql, const Parameters &parameters) {
     return result;
 }
 
+/// The primary key's columns of a shown column's table that no column shows.
+void Databases::AddHiddenKeys(const DescribedColumn &of, std::vector<DescribedColumn> &columns) {
+    if (of.table.empty()) return;
+    const Result keys = Run("Select name From pragma_table_info(@table,@database) Where pk>0",
+                            {{"@table", of.table}, {"@database", of.database}});
+    for (const std::vector<Cell> &row : keys.rows) {
+        const auto &name = std::get<std::string>(row[0]);
+        const bool known = std::any_of(columns.begin(), columns.end(), [&](const DescribedColumn &column) {
+            return column.database == of.database && column.table == of.table && column.column == name;
+        });
+        if (!known) columns.push_back({name, true, true, of.database, of.table, name});
+    }
+}
+
 void Databases::Describe(const std::string &sql) {
     const std::string table = std::string("master.") + kDescription;
     Run("Delete From " + table);
@@ -244,30 +260,11 @@ void Databases::Describe(const std::string &sql) {
     std::vector<DescribedColumn> columns;
     for (int i = 0; i < sqlite3_column_count(raw); ++i) columns.push_back(DescribeColumn(m_sqlite, raw, i));
     for (std::size_t i = 0, shown = columns.size(); i < shown; ++i) {
-        const DescribedColumn of = columns[i];
-        if (of.table.empty()) continue;
-        const Result keys = Run("Select name From pragma_table_info(@table,@database) Where pk>0",
-                                {{"@table", of.table}, {"@database", of.database}});
-        for (const std::vector<Cell> &row : keys.rows) {
-            const auto &name = std::get<std::string>(row[0]);
-            const bool known = std::any_of(columns.begin(), columns.end(), [&](const DescribedColumn &column) {
-                return column.database == of.database && column.table == of.table && column.column == name;
-            });
-            if (!known) columns.push_back({name, true, true, of.database, of.table, name});
-        }
+        AddHiddenKeys(DescribedColumn(columns[i]), columns);
     }
-    const auto orNull = [](const std::string &text) { return text.empty() ? Cell() : Cell(text); };
     long long ordinal = 0;
     for (const DescribedColumn &column : columns) {
-        Run("Insert Into " + table + " Values (@o,@n,@h,@k,@d,@s,@t,@c,Null,Null)",
-            {{"@o", ++ordinal},
-             {"@n", column.name},
-             {"@h", static_cast<long long>(column.hidden)},
-             {"@k", static_cast<long long>(column.key)},
-             {"@d", orNull(column.database)},
-             {"@s", column.table.empty() ? Cell() : Cell(std::string("dbo"))},
-             {"@t", orNull(column.table)},
-             {"@c", orNull(column.column)}});
+        Run("Insert Into " + table + " Values (@o,@n,@h,@k,@d,@s,@t,@c,Null,Null)", ParametersOf(column, ++ordinal));
     }
 }
 

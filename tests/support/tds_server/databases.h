@@ -41,6 +41,16 @@ struct Result {
     bool HasRows() const { return !columns.empty(); }
 };
 
+/// One row of a description.
+struct DescribedColumn {
+    std::string name;
+    bool hidden = false;
+    bool key = false;
+    std::string database;
+    std::string table;
+    std::string column;
+};
+
 using Parameters = std::vector<std::pair<std::string, Cell>>;
 
 /// The server's databases, all in one SQLite connection in memory: a database is an attached one, a column's declared
@@ -80,6 +90,8 @@ class Databases {
     static std::string TableList(const std::string &database);
 
   private:
+    void AddHiddenKeys(const DescribedColumn &of, std::vector<DescribedColumn> &columns);
+
     sqlite3 *m_sqlite = nullptr;
     std::vector<std::string> m_names;
 };

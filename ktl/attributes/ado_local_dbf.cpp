@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "ktl/attributes/column_kind.h"
 #include "ktl/attributes/dbf_head.h"
 #include "ktl/attributes/fields.h"
 #include "ktl/core/log.h"
@@ -33,12 +34,6 @@ constexpr LetterFacts kLetters[] = {
     {'M', DATA_MEMO, 0},    {'G', DATA_UNSUPPORTED, 0}, {'P', DATA_UNSUPPORTED, 0}, {'Y', DATA_UNSUPPORTED, 0},
 };
 
-bool IsSystemName(const CString &name) {
-    constexpr const char *kNames[] = {"ID", "ShapeID", "Update"};
-    return std::any_of(std::begin(kNames), std::end(kNames),
-                       [&](const char *system) { return name.CompareNoCase(system) == 0; });
-}
-
 /// Adds the column of an entry, unless its letter is unknown.
 void AddEntry(CFields &fields, std::string_view entry, int index) {
     const auto *facts = std::find_if(std::begin(kLetters), std::end(kLetters),
@@ -51,7 +46,7 @@ void AddEntry(CFields &fields, std::string_view entry, int index) {
     field.nLength = facts->forcedLength != 0 ? facts->forcedLength : static_cast<unsigned char>(entry[kLengthAt]);
     field.eType = facts->type;
     field.bReadOnly = 0;
-    field.bSystem = facts->type == DATA_UNSUPPORTED || IsSystemName(field.strName);
+    field.bSystem = facts->type == DATA_UNSUPPORTED || ktl::IsSystemColumn(field.strName);
     fields.AddField(field);
 }
 

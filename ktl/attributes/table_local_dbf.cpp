@@ -2,6 +2,7 @@
 
 #include "ktl/attributes/ado_guard.h"
 #include "ktl/attributes/ado_local_dbf.h"
+#include "ktl/attributes/column_kind.h"
 #include "ktl/attributes/fields.h"
 #include "ktl/attributes/record.h"
 #include "ktl/attributes/table_text.h"

@@ -5,6 +5,7 @@
 
 #include "ktl/attributes/ado_guard.h"
 #include "ktl/attributes/ado_net.h"
+#include "ktl/attributes/column_kind.h"
 #include "ktl/attributes/fields.h"
 #include "ktl/attributes/record.h"
 
@@ -67,11 +68,6 @@ ENUM_DATA TypeOf(DataType type) {
     }
 }
 
-bool IsSystemName(CString name) {
-    name.MakeLower();
-    return name == "id" || name == "shapeid" || name == "update";
-}
-
 CField MakeField(const ktl::ado::Column &column, int id) {
     CField field;
     field.nID = id;
@@ -79,7 +75,7 @@ CField MakeField(const ktl::ado::Column &column, int id) {
     field.nLength = column.definedSize;
     field.eType = TypeOf(column.type);
     field.bReadOnly = 0;
-    field.bSystem = IsSystemName(column.name) ? 1 : 0;
+    field.bSystem = ktl::IsSystemColumn(column.name) ? 1 : 0;
     return field;
 }
 

@@ -11,10 +11,6 @@ constexpr const char *kLineFeed = "'+CHR(10)+'";
 
 }  // namespace
 
-bool IsNumberType(ENUM_DATA type) {
-    return type == DATA_INT || type == DATA_BIGINT || type == DATA_NUMERIC || type == DATA_BOOL;
-}
-
 CString DoubleQuotes(CString text) {
     text.Replace("'", "''");
     return text;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "ktl/attributes/field.h"
 #include "ktl/platform/string.h"
 
 namespace ktl {
@@ -10,8 +9,6 @@ constexpr int kLiteralBytes = 254;
 /// A memo of more bytes is not stored whole.
 constexpr int kMemoBytes = 8000;
 
-/// Of whole numbers, decimals and truth: such values stand in a statement without quotes.
-bool IsNumberType(ENUM_DATA type);
 /// Each ' doubled.
 CString DoubleQuotes(CString text);
 /// At most 254 bytes of a longer text, not cut through a character, and no more than its first line.

@@ -1,8 +1,8 @@
 #include "ktl/attributes/xtable.h"
 
+#include "ktl/attributes/column_kind.h"
 #include "ktl/attributes/fields.h"
 #include "ktl/attributes/record.h"
-#include "ktl/attributes/table_text.h"
 #include "ktl/core/log.h"
 
 namespace {

@@ -13,8 +13,8 @@ namespace ktl::ado::dbase {
 namespace {
 
 /// How often and how long a lock that others hold is asked for again: half a second in all.
-constexpr int kLockTries = 50;
-constexpr auto kLockPause = std::chrono::milliseconds(10);
+constexpr int kLockTries = 250;
+constexpr auto kLockPause = std::chrono::milliseconds(2);
 
 bool IsTaken(int error) {
     return error == EAGAIN || error == EWOULDBLOCK || error == EACCES;

@@ -58,6 +58,7 @@ class Table final : public sql::Table, private IdleTable, private MemoSource {
     bool Next() override;
     bool Seek(sql::RowNumber row) override;
     sql::RowNumber GetRow() const override { return m_row; }
+    sql::RowNumber GetRecordNumber() const override { return m_row + 1; }
     void ReadCell(int column, Value &value) override;
     std::string_view ViewText(int column, Value &scratch) override;
     bool FindRows(int column, long long value, std::vector<sql::RowNumber> &rows) override;

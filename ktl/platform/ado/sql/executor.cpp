@@ -48,7 +48,8 @@ auto AtRow(const Table &table, const CString &name, Walk walk) {
         if (!ofRow) throw;
         CString what = error.GetDescription();
         CString place;
-        place.Format(" in record %u of table \"%s\".", table.GetRow() + 1, name.GetString());
+        if (table.GetRecordNumber() > 0) place.Format(" in record %u of", table.GetRecordNumber());
+        place += (place.IsEmpty() ? " in table \"" : " table \"") + name + "\".";
         throw Error(what.TrimRight('.') + place, number);
     }
 }

@@ -40,6 +40,8 @@ class Table {
     /// Moves to that row; false when it is deleted or there is none.
     virtual bool Seek(RowNumber row) = 0;
     virtual RowNumber GetRow() const = 0;
+    /// The place of the current row as people count it, from 1; 0 in a store that does not number its rows so.
+    virtual RowNumber GetRecordNumber() const { return 0; }
     /// A cell of the current row.
     virtual void ReadCell(int column, Value &value) = 0;
     /// The text of a cell that is stored as this layer's text, good until the cursor moves; empty data for a null and

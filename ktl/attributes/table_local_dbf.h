@@ -76,7 +76,7 @@ class KTL_API CTable_Local_dbf : public CTable_Local {
                           CArray<STRUCT_SEARCH_RESULT, STRUCT_SEARCH_RESULT> &results);
 
     void SaveNewRecord(CString table);
-    void InsertRecord(const CString &table, const CString &names, const CRecord &record);
+    void InsertRecord(const CString &table, const CString &head, const CRecord &record);
     void SaveMemos(const CRecord &record);
     void Store(CArchive &archive, int version);
     void Load(CArchive &archive, int version);

@@ -76,32 +76,35 @@ CString NameList(CFields &fields) {
     return names;
 }
 
-/// The values of the columns that are no memos. Only texts stand in quotes; an empty number leaves a gap: meant so.
-CString ValueList(CFields &fields, const CRecord &record) {
-    CString values;
+/// Appends the values of the columns that are no memos. Only texts stand in quotes; an empty number leaves a gap: meant
+/// so.
+void AppendValues(CFields &fields, const CRecord &record, CString &sql) {
     bool isFirst = true;
     const int count = std::min(record.GetValueCount(), fields.GetFieldCount());
     for (int i = 0; i < count; ++i) {
         const ENUM_DATA type = fields.GetFieldAt(i)->eType;
         if (type == DATA_MEMO) continue;
-        if (!isFirst) values += ",";
+        if (!isFirst) sql += ",";
         isFirst = false;
+        const CString &value = record.arrValues[i];
         if (type == DATA_CHAR) {
-            values += "'" + ktl::DoubleQuotes(record.arrValues[i]) + "'";
+            sql += "'";
+            sql += ktl::DoubleQuotes(value);
+            sql += "'";
         } else {
-            values += record.arrValues[i];
+            sql += value;
         }
     }
-    return values;
 }
 
 }  // namespace
 
-void CTable_Local_dbf::InsertRecord(const CString &table, const CString &names, const CRecord &record) {
+/// `head` is what every row's statement begins with.
+void CTable_Local_dbf::InsertRecord(const CString &table, const CString &head, const CRecord &record) {
     constexpr int kNotInsertedCode = 100099;
-    CString sql;
-    sql.Format("Insert Into [%s] (%s) Values (%s)", table.GetString(), names.GetString(),
-               ValueList(*pFields, record).GetString());
+    CString sql = head;
+    AppendValues(*pFields, record, sql);
+    sql += ")";
     if (sql.GetLength() <= ktl::kLongestStatement && Execute(sql) != 0) return;
     KtlWriteLog(kNotInsertedCode, ktl::FromUtf8("添加记录失败，这里将插入一条空记录。"), 0);
     const CField *id = pFields->GetFieldAt(0);
@@ -131,10 +134,11 @@ void CTable_Local_dbf::SaveNewRecord(CString table) {
     constexpr int kErrorCode = 100101;
     try {
         if (GetTableFields() == nullptr) throw CInvalidArgException();
-        const CString names = NameList(*pFields);
+        CString head;
+        head.Format("Insert Into [%s] (%s) Values (", table.GetString(), NameList(*pFields).GetString());
         for (const CRecord *record : arrNewRecords) {
             if (record->bDeleted == 1) continue;
-            InsertRecord(table, names, *record);
+            InsertRecord(table, head, *record);
             SaveMemos(*record);
         }
         ForgetNewRecords();

@@ -37,6 +37,7 @@ const std::vector<std::string> &Script() {
             "Alter Table t Drop Column v",
             "Alter Table t Alter Column name Char(3)",
             "Delete From t Where ShapeID=3",
+            "Pack t",
             "Create Table tb (ID int,ShapeID int,m memo)",
             "Insert Into tb Select ID,ShapeID,m From t",
             "Alter Table t Alter Column m Char(9)",

@@ -209,13 +209,14 @@ TEST_F(Statement, FaultsAreFoundBeforeAnyRowIsTouched) {
          "10 Syntax error: a Select within a statement is not supported at byte 30 near \"Select v From t)\"."},
         {"Update t Set v=1 Where Max(v)=1",
          "10 Syntax error: a sum over rows cannot stand here at byte 24 near \"Max(v)=1\"."},
-        {"Alter Table t Drop Column nope", "12 Column \"nope\" is not found."},
-        {"Alter Table t Add NAME int", "1712 There is a column \"NAME\" already."},
+        {"Alter Table t Drop Column nope", "12 Column \"nope\" at byte 27 is not found."},
+        {"Alter Table t Add NAME int", "1712 Column \"NAME\" at byte 19 is there already."},
         {"Create Table u (elevenbytes int)",
          "1712 Column \"elevenbytes\" at byte 17: a column's name has at most 10 bytes."},
         {"Create Table u (a Char(255))", "10 Column \"a\" at byte 17: a text is 1 to 254 bytes wide."},
         {"Create Table u (a numeric(21,2))", "10 Column \"a\" at byte 17: a number is 1 to 20 digits wide."},
         {"Replace v With 1", "13 No table is open in the current work area."},
+        {"Insert Into t (v) Select 1/(ShapeID-2) From t", "39 Cannot divide by 0 in record 2 of table \"t\"."},
         {"Update t Set v=1/(ShapeID-1)", "39 Cannot divide by 0 in record 1 of table \"t\"."},
     };
     const std::string before = tables.Rows("Select * From t");
@@ -226,7 +227,10 @@ TEST_F(Statement, FaultsAreFoundBeforeAnyRowIsTouched) {
 
 TEST_F(Statement, AFaultIsToldWithItsOwnTextThoughTheShapeIsKnown) {
     tables.Run("Update t Set v=1 Where ShapeID=1");
+    tables.Run("Insert Into t (v) Select 1 From t Where ID=99");
     tables.Run("Alter Table t Drop Column v");
+    EXPECT_EQ(tables.Fault("Insert Into t (v) Select 22222 From t Where ID=99"),
+              "12 Column \"v\" is not found at byte 16 near \"v) Select 22222 From t Wh\".");
     EXPECT_EQ(tables.Fault("Update t Set v=22222 Where ShapeID=1"),
               "12 Column \"v\" is not found at byte 14 near \"v=22222 Where ShapeID=1\".");
 }

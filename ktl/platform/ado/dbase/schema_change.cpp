@@ -55,16 +55,24 @@ int ColumnOfField(const Header &header, int field) {
                                           [](const Field &other) { return !other.IsHidden(); }));
 }
 
-int RequireField(const Header &header, const CString &name) {
-    const int field = header.FindField(name.View());
-    if (field < 0) throw Error("Column \"" + name + "\" is not found.", error_number::kColumnNotFound);
+[[noreturn]] void ThrowColumn(const sql::Name &name, const char *what, int number) {
+    CString text;
+    text.Format("Column \"%s\" at byte %u %s.", name.text.GetString(), name.position + 1, what);
+    throw Error(text, number);
+}
+
+int RequireField(const Header &header, const sql::Name &name) {
+    const int field = header.FindField(name.text.View());
+    if (field < 0) ThrowColumn(name, "is not found", error_number::kColumnNotFound);
     return field;
 }
 
-void RequireFree(const Header &header, const CString &name) {
-    if (header.FindField(name.View()) >= 0) {
-        throw Error("There is a column \"" + name + "\" already.", error_number::kColumnName);
-    }
+void RequireFree(const Header &header, const sql::Name &name) {
+    if (header.FindField(name.text.View()) >= 0) ThrowColumn(name, "is there already", error_number::kColumnName);
+}
+
+sql::Name NameOf(const sql::ColumnDefinition &definition) {
+    return {definition.name, definition.position};
 }
 
 /// The fields as the new file holds them: memo pointers are four bytes wide.
@@ -85,10 +93,10 @@ std::vector<NewField> TakeOver(const Header &header) {
 
 std::vector<NewField> ApplyChange(const Header &header, const sql::AlterTableStatement &change) {
     std::vector<NewField> fields = TakeOver(header);
-    const auto place = [&](const CString &name) { return fields.begin() + RequireField(header, name); };
+    const auto place = [&](const sql::Name &name) { return fields.begin() + RequireField(header, name); };
     switch (change.change) {
         case Change::Add: {
-            RequireFree(header, change.definition.name);
+            RequireFree(header, NameOf(change.definition));
             if (fields.size() >= kMaxColumns) throw Error("A table has at most 255 columns.", error_number::kSyntax);
             const auto end = std::find_if(fields.begin(), fields.end(),
                                           [](const NewField &field) { return field.field.type == '0'; });
@@ -96,13 +104,13 @@ std::vector<NewField> ApplyChange(const Header &header, const sql::AlterTableSta
             break;
         }
         case Change::Drop:
-            fields.erase(place(change.column.text));
+            fields.erase(place(change.column));
             if (std::all_of(fields.begin(), fields.end(), [](const NewField &f) { return f.field.IsHidden(); })) {
                 throw Error("The last column cannot be dropped.", error_number::kSyntax);
             }
             break;
         case Change::Alter: {
-            const auto at = place(change.definition.name);
+            const auto at = place(NameOf(change.definition));
             const Field made = MakeField(change.definition);
             const Field &old = at->field;
             at->same = at->same && old.type == made.type && old.width == made.width && old.decimals == made.decimals;
@@ -114,14 +122,14 @@ std::vector<NewField> ApplyChange(const Header &header, const sql::AlterTableSta
             break;
         }
         case Change::Rename: {
-            const auto at = place(change.column.text);
+            const auto at = place(change.column);
             sql::ColumnDefinition checked;
             checked.name = change.newName.text;
             checked.position = change.newName.position;
             checked.width = 1;
             MakeField(checked);
             if (!EqualNames(change.newName.text.View(), change.column.text.View())) {
-                RequireFree(header, change.newName.text);
+                RequireFree(header, change.newName);
             }
             at->field.name = change.newName.text;
             break;

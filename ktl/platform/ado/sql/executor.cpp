@@ -109,7 +109,8 @@ RecordsetRef Executor::ReadPage(std::string_view statement, PagePlace &place) {
             throw Error("The table has changed while it was read.", error_number::kNoCurrentRow);
         }
         place.incarnation = table->GetIncarnation();
-        if (const auto page = plan.RunPage(*table, place.next, kPageRows)) {
+        const auto run = [&] { return plan.RunPage(*table, place.next, kPageRows); };
+        if (const auto page = AtRow(*table, std::get<SelectStatement>(prepared.parsed->statement).table.text, run)) {
             place.isEnd = page->GetRecordCount() < static_cast<int>(kPageRows);
             return page;
         }
@@ -133,16 +134,18 @@ RecordsetRef Executor::Run(PreparedStatement &prepared, std::string_view text, c
 }
 
 long long Executor::Run(PreparedStatement &prepared, std::string_view text, const InsertStatement &insert) {
-    if (!insert.select.empty()) return InsertSelected(prepared, insert);
+    if (!insert.select.empty()) return InsertSelected(prepared, text);
     const TableUse table(*m_store, insert.table.text, Access::Write);
     PlanFor<InsertPlan, InsertStatement>(prepared, text, *table).Run(*table);
     table->Commit();
     return 1;
 }
 
-long long Executor::InsertSelected(PreparedStatement &prepared, const InsertStatement &insert) {
-    // A plan of an earlier text would point to that text's places; such a statement runs seldom and is bound each time.
+/// Runs seldom, and is parsed and bound each time.
+long long Executor::InsertSelected(PreparedStatement &prepared, std::string_view text) {
+    if (prepared.reused) StatementCache::Refresh(prepared, text);
     const ParsedStatement &parsed = *prepared.parsed;
+    const auto &insert = std::get<InsertStatement>(parsed.statement);
     const SelectStatement &select = insert.select.front();
     const TableUse target(*m_store, insert.table.text, Access::Write);
     const TableUse source(*m_store, select.table.text, Access::Read);
@@ -154,7 +157,7 @@ long long Executor::InsertSelected(PreparedStatement &prepared, const InsertStat
     std::vector<const Value *> cells(columns.size(), nullptr);
     std::vector<Value> converted(targets.size());
     long long count = 0;
-    plan.ForEachRow(*source, [&](const std::vector<const Value *> &row) {
+    const auto append = [&](const std::vector<const Value *> &row) {
         for (std::size_t i = 0; i < targets.size(); ++i) {
             const auto column = static_cast<std::size_t>(targets[i]);
             const TypeClass wanted = ClassOf(columns[column].type);
@@ -166,7 +169,8 @@ long long Executor::InsertSelected(PreparedStatement &prepared, const InsertStat
         }
         target->Append(cells);
         ++count;
-    });
+    };
+    AtRow(*source, select.table.text, [&] { plan.ForEachRow(*source, append); });
     target->Commit();
     return count;
 }

@@ -42,7 +42,7 @@ class Executor {
     long long Run(const ParsedStatement &parsed, const ReplaceStatement &replace);
     void Run(const UseStatement &use);
     CString TableOrArea(const Name &table) const;
-    long long InsertSelected(PreparedStatement &prepared, const InsertStatement &insert);
+    long long InsertSelected(PreparedStatement &prepared, std::string_view text);
 
     std::shared_ptr<Store> m_store;
     StatementCache m_cache;

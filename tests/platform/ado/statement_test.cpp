@@ -230,7 +230,7 @@ TEST_F(Statement, AFaultIsToldWithItsOwnTextThoughTheShapeIsKnown) {
     tables.Run("Insert Into t (v) Select 1 From t Where ID=99");
     tables.Run("Alter Table t Drop Column v");
     EXPECT_EQ(tables.Fault("Insert Into t (v) Select 22222 From t Where ID=99"),
-              "12 Column \"v\" is not found at byte 16 near \"v) Select 22222 From t Wh\".");
+              "12 Column \"v\" is not found at byte 16 near \"v) Select 22222 From t W\".");
     EXPECT_EQ(tables.Fault("Update t Set v=22222 Where ShapeID=1"),
               "12 Column \"v\" is not found at byte 14 near \"v=22222 Where ShapeID=1\".");
 }

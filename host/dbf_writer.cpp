@@ -45,15 +45,16 @@ class FileFiller {
   public:
     static constexpr const char *kName = "imported";
 
-    FileFiller(ImportPlan &plan, TablePurpose purpose, const CString &folder)
-        : m_plan(plan),
+    FileFiller(ImportPlan &plan, TablePurpose purpose, const std::string &target, const CString &folder)
+        : m_target(target),
+          m_plan(plan),
           m_purpose(purpose),
           m_report(plan.report),
           m_connection(ado::Connection::Open("Provider=VFPOLEDB.1;Data Source=\"" + folder + "\"")) {
         CString columns = purpose == TablePurpose::kLayer ? "[ID] int,[ShapeID] int," : "";
         for (const PlannedColumn &column : plan.columns)
             columns += "[" + column.name + "] " + Definition(column, purpose) + ",";
-        m_connection->Execute(CString("Create Table ") + kName + " (" + columns.TrimRight(',') + ")");
+        Execute(CString("Create Table ") + kName + " (" + columns.TrimRight(',') + ")");
     }
 
     void Take(const TableRow &row) {
@@ -65,12 +66,19 @@ class FileFiller {
             m_sql += ',';
         }
         m_sql.back() = ')';
-        m_connection->Execute(CString(m_sql));
+        Execute(CString(m_sql));
         ++m_report.rows;
     }
     void Close() { m_connection->Close(); }
 
   private:
+    void Execute(const CString &sql) {
+        try {
+            m_connection->Execute(sql);
+        } catch (const ado::Error &error) {
+            throw Error("cannot write '" + m_target + "': " + ToUtf8(error.GetDescription()));
+        }
+    }
     void AppendLiteral(const PlannedColumn &column, const CString &text) {
         const bool isText = column.type == DATA_CHAR || column.type == DATA_MEMO;
         if (text.IsEmpty() && !isText) {
@@ -86,6 +94,7 @@ class FileFiller {
         }
     }
 
+    const std::string &m_target;
     const ImportPlan &m_plan;
     TablePurpose m_purpose;
     TableReport &m_report;
@@ -113,13 +122,9 @@ TableReport WriteDbf(const RowSupply &rows, TablePurpose purpose, const std::str
     const GbkPath folder(files.Folder());
     ImportPlan plan = PlanImport(rows, purpose, progress);
     if (purpose == TablePurpose::kFile && plan.columns.empty()) throw Error("no columns to write to '" + target + "'");
-    try {
-        FileFiller filler(plan, purpose, folder.Name());
-        ImportRows(rows, progress, [&](const TableRow &row) { filler.Take(row); });
-        filler.Close();
-    } catch (const ado::Error &error) {
-        throw Error("cannot write '" + target + "': " + ToUtf8(error.GetDescription()));
-    }
+    FileFiller filler(plan, purpose, target, folder.Name());
+    ImportRows(rows, progress, [&](const TableRow &row) { filler.Take(row); });
+    filler.Close();
     Rename(files);
     files.Commit();
     return plan.report;

@@ -38,17 +38,22 @@ GDALDatasetUniquePtr OpenOgr(const std::string &path, GdalMessages &messages) {
     return dataset;
 }
 
-std::string LayerNames(GDALDataset &dataset) {
-    std::string names;
-    for (OGRLayer *layer : dataset.GetLayers()) names += (names.empty() ? "" : ", ") + std::string(layer->GetName());
-    return names.empty() ? "no layers" : names;
+std::vector<OGRLayer *> PublicLayers(GDALDataset &dataset) {
+    std::vector<OGRLayer *> layers;
+    for (int i = 0; i < dataset.GetLayerCount(); ++i) {
+        if (!dataset.IsLayerPrivate(i)) layers.push_back(dataset.GetLayer(i));
+    }
+    return layers;
 }
 
 OGRLayer &FindLayer(GDALDataset &dataset, const std::string &path, const std::string &name) {
-    OGRLayer *layer = name.empty() ? dataset.GetLayer(0) : dataset.GetLayerByName(name.c_str());
+    const std::vector<OGRLayer *> layers = PublicLayers(dataset);
+    OGRLayer *layer = !name.empty() ? dataset.GetLayerByName(name.c_str()) : layers.empty() ? nullptr : layers.front();
     if (layer != nullptr) return *layer;
-    if (name.empty()) throw Error("no layers in '" + path + "'");
-    throw Error("no layer '" + name + "' in '" + path + "', which has " + LayerNames(dataset));
+    if (layers.empty()) throw Error("no layers in '" + path + "'");
+    std::string names;
+    for (OGRLayer *each : layers) names += (names.empty() ? "" : ", ") + std::string(each->GetName());
+    throw Error("no layer '" + name + "' in '" + path + "', which has " + names);
 }
 
 }  // namespace ktl::host

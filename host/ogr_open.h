@@ -3,6 +3,7 @@
 #include <gdal_priv.h>
 
 #include <string>
+#include <vector>
 
 #include "host/gdal_messages.h"
 
@@ -11,8 +12,8 @@ namespace ktl::host {
 /// A dataset to read from. Throws `Error` that says why it cannot be.
 GDALDatasetUniquePtr OpenOgr(const std::string &path, GdalMessages &messages);
 
-/// The names of a dataset's layers with commas between them.
-std::string LayerNames(GDALDataset &dataset);
+/// Those that are not the format's own.
+std::vector<OGRLayer *> PublicLayers(GDALDataset &dataset);
 
 /// The layer of that name, the first one for an empty name. Throws `Error`.
 OGRLayer &FindLayer(GDALDataset &dataset, const std::string &path, const std::string &name);

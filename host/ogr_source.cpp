@@ -21,13 +21,8 @@ std::string Quoted(const std::string &name) {
 }
 
 std::vector<OGRLayer *> ChosenLayers(GDALDataset &dataset, const SourceOptions &options) {
-    std::vector<OGRLayer *> layers;
-    if (options.layer.empty()) {
-        for (OGRLayer *layer : dataset.GetLayers()) layers.push_back(layer);
-    } else {
-        layers.push_back(&FindLayer(dataset, options.path, options.layer));
-    }
-    return layers;
+    if (options.layer.empty()) return PublicLayers(dataset);
+    return {&FindLayer(dataset, options.path, options.layer)};
 }
 
 void ApplyFilter(OGRLayer &layer, const SourceOptions &options, GdalMessages &messages) {

@@ -113,7 +113,7 @@ TableInfo DescribeOgrTable(const TableSource &source) {
     OGRLayer &layer = FindLayer(*dataset, source.path, source.layer);
     TableInfo info;
     info.layer = layer.GetName();
-    for (OGRLayer *each : dataset->GetLayers()) info.layers.emplace_back(each->GetName());
+    for (OGRLayer *each : PublicLayers(*dataset)) info.layers.emplace_back(each->GetName());
     info.columns = ColumnsOf(layer);
     info.rows = layer.GetFeatureCount();
     RequireReadToTheEnd(source, messages);

@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "host/error.h"
+#include "host/ogr_open.h"
 #include "host/text_number.h"
 
 namespace ktl::host {
@@ -146,7 +147,8 @@ void OgrTableWriter::MakeLayer() {
 }
 
 void OgrTableWriter::Fail(const char *what) {
-    throw Error(what + (" '" + m_target + "'") + (m_messages.Failed() ? ": " + m_messages.Failure() : ""));
+    throw Error(what + (" '" + m_target + "'") + ": " +
+                (m_messages.Failed() ? m_messages.Failure() : "the file would not take it"));
 }
 
 void OgrTableWriter::MakeColumns(const std::vector<TableColumn> &columns) {
@@ -178,16 +180,22 @@ void OgrTableWriter::Write(const TableRow &row) {
     ++m_report.rows;
 }
 
-// Some formats take rows without a shape and drop them without a word.
+long long OgrTableWriter::CountMadeRows() {
+    try {
+        const GDALDatasetUniquePtr made = OpenOgr(m_files.Path(), m_messages);
+        return FindLayer(*made, m_target, {}).GetFeatureCount();
+    } catch (const Error &) {
+        return 0;
+    }
+}
+
+// Some formats drop rows without a shape, and some drivers don't tell of a full disk.
 void OgrTableWriter::RequireAllRows() {
-    if (m_report.rows == 0) return;
-    const char *const drivers[] = {m_driver->GetDescription(), nullptr};
-    const GDALDatasetUniquePtr made(
-        GDALDataset::Open(m_files.Path().c_str(), GDAL_OF_VECTOR | GDAL_OF_READONLY, drivers, nullptr, nullptr));
-    const long long rows = made && made->GetLayer(0) != nullptr ? made->GetLayer(0)->GetFeatureCount() : 0;
+    const long long rows = m_report.rows == 0 ? 0 : CountMadeRows();
     if (rows == m_report.rows) return;
-    throw Error("cannot write '" + m_target + "': of " + std::to_string(m_report.rows) + " rows without a shape " +
-                m_driver->GetDescription() + " keeps " + std::to_string(rows));
+    throw Error("cannot write '" + m_target + "': only " + std::to_string(rows) + " of " +
+                std::to_string(m_report.rows) + " rows are in it; " + m_driver->GetDescription() +
+                " drops rows without a shape, or the disk is full");
 }
 
 // A dataset says only when it closes whether all of it came to the file.

@@ -31,6 +31,7 @@ class OgrTableWriter {
   private:
     void MakeLayer();
     void MakeColumn(const TableColumn &column);
+    long long CountMadeRows();
     void RequireAllRows();
     void Close();
     [[noreturn]] void Fail(const char *what);

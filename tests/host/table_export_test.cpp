@@ -23,7 +23,7 @@ TEST_F(TableExport, EveryFormatGivesTheRowsOfATableBack) {
     table->DeleteRecord(1, 0);
     table->AddNewRecord(3);
     table->UpdateNewRecordPropertyValue(3, 5, ktl::FromUtf8("新"));
-    for (const char *name : {"out.dbf", "out.geojson", "out.csv", "out.gpkg", "out.sqlite", "out.tab"}) {
+    for (const char *name : {"out.dbf", "out.geojson", "out.csv", "out.gpkg", "表.sqlite", "out.tab"}) {
         const std::string path = m_folder.Path(name);
         EXPECT_EQ(ExportTable(*table, {path}).rows, 3) << name;
         std::string text = Text(path);

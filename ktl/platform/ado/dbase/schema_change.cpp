@@ -91,49 +91,65 @@ std::vector<NewField> TakeOver(const Header &header) {
     return fields;
 }
 
-std::vector<NewField> ApplyChange(const Header &header, const sql::AlterTableStatement &change) {
-    std::vector<NewField> fields = TakeOver(header);
-    const auto place = [&](const sql::Name &name) { return fields.begin() + RequireField(header, name); };
+using NewFields = std::vector<NewField>;
+
+NewField &PlaceOf(NewFields &fields, const Header &header, const sql::Name &name) {
+    return fields[static_cast<std::size_t>(RequireField(header, name))];
+}
+
+void AddColumn(NewFields &fields, const Header &header, const sql::ColumnDefinition &definition) {
+    RequireFree(header, NameOf(definition));
+    if (fields.size() >= kMaxColumns) throw Error("A table has at most 255 columns.", error_number::kSyntax);
+    const auto end =
+        std::find_if(fields.begin(), fields.end(), [](const NewField &field) { return field.field.type == '0'; });
+    fields.insert(end, {MakeField(definition), -1, -1, false});
+}
+
+void DropColumn(NewFields &fields, const Header &header, const sql::Name &name) {
+    fields.erase(fields.begin() + RequireField(header, name));
+    if (std::all_of(fields.begin(), fields.end(), [](const NewField &field) { return field.field.IsHidden(); })) {
+        throw Error("The last column cannot be dropped.", error_number::kSyntax);
+    }
+}
+
+/// The column keeps its name as it was written, and may be null where it could be before.
+void AlterColumn(NewFields &fields, const Header &header, const sql::ColumnDefinition &definition) {
+    NewField &changed = PlaceOf(fields, header, NameOf(definition));
+    const Field old = changed.field;
+    changed.field = MakeField(definition);
+    changed.same = changed.same && old.type == changed.field.type && old.width == changed.field.width &&
+                   old.decimals == changed.field.decimals;
+    changed.field.name = old.name;
+    changed.field.flags |= old.flags & kColumnNullable;
+}
+
+void RenameColumn(NewFields &fields, const Header &header, const sql::AlterTableStatement &change) {
+    NewField &renamed = PlaceOf(fields, header, change.column);
+    // A definition of any kind with the new name: it has to be a name that a column can have.
+    sql::ColumnDefinition checked;
+    checked.name = change.newName.text;
+    checked.position = change.newName.position;
+    checked.width = 1;
+    MakeField(checked);
+    if (!EqualNames(change.newName.text.View(), change.column.text.View())) RequireFree(header, change.newName);
+    renamed.field.name = change.newName.text;
+}
+
+NewFields ApplyChange(const Header &header, const sql::AlterTableStatement &change) {
+    NewFields fields = TakeOver(header);
     switch (change.change) {
-        case Change::Add: {
-            RequireFree(header, NameOf(change.definition));
-            if (fields.size() >= kMaxColumns) throw Error("A table has at most 255 columns.", error_number::kSyntax);
-            const auto end = std::find_if(fields.begin(), fields.end(),
-                                          [](const NewField &field) { return field.field.type == '0'; });
-            fields.insert(end, {MakeField(change.definition), -1, -1, false});
+        case Change::Add:
+            AddColumn(fields, header, change.definition);
             break;
-        }
         case Change::Drop:
-            fields.erase(place(change.column));
-            if (std::all_of(fields.begin(), fields.end(), [](const NewField &f) { return f.field.IsHidden(); })) {
-                throw Error("The last column cannot be dropped.", error_number::kSyntax);
-            }
+            DropColumn(fields, header, change.column);
             break;
-        case Change::Alter: {
-            const auto at = place(NameOf(change.definition));
-            const Field made = MakeField(change.definition);
-            const Field &old = at->field;
-            at->same = at->same && old.type == made.type && old.width == made.width && old.decimals == made.decimals;
-            const std::uint8_t kept = old.flags & kColumnNullable;
-            const CString name = old.name;
-            at->field = made;
-            at->field.name = name;
-            at->field.flags |= kept;
+        case Change::Alter:
+            AlterColumn(fields, header, change.definition);
             break;
-        }
-        case Change::Rename: {
-            const auto at = place(change.column);
-            sql::ColumnDefinition checked;
-            checked.name = change.newName.text;
-            checked.position = change.newName.position;
-            checked.width = 1;
-            MakeField(checked);
-            if (!EqualNames(change.newName.text.View(), change.column.text.View())) {
-                RequireFree(header, change.newName);
-            }
-            at->field.name = change.newName.text;
+        case Change::Rename:
+            RenameColumn(fields, header, change);
             break;
-        }
     }
     return fields;
 }
@@ -141,7 +157,7 @@ std::vector<NewField> ApplyChange(const Header &header, const sql::AlterTableSta
 /// Writes the new table's rows from the old one's.
 class Copier : private MemoSource {
   public:
-    Copier(Table &table, std::vector<NewField> fields, bool keepsDeleted)
+    Copier(Table &table, NewFields fields, bool keepsDeleted)
         : m_table(table),
           m_fields(std::move(fields)),
           m_keepsDeleted(keepsDeleted),
@@ -244,7 +260,7 @@ class Copier : private MemoSource {
     }
 
     Table &m_table;
-    std::vector<NewField> m_fields;
+    NewFields m_fields;
     bool m_keepsDeleted;
     Header m_header;
     NewFile m_tableFile;

@@ -3,6 +3,7 @@
 #include <climits>
 #include <cmath>
 #include <limits>
+#include <tuple>
 
 #include "ktl/webmap/arc.h"
 #include "ktl/webmap/distance.h"
@@ -23,35 +24,22 @@ TEST(Level, IsTheFirstWithATileNoWiderThanTheSize) {
         double snapped;
     };
     const double smallest = std::ldexp(1.0, -21);
-    const Case cases[] = {
-        {1.0, 1, 22, 1, 1.0},
-        {0.3, 1, 22, 3, 0.25},
-        {0.25, 1, 22, 3, 0.25},
-        {1.5, 1, 22, 1, 1.0},
-        {smallest, 1, 22, 22, smallest},
-        {smallest / 3, 1, 22, 22, smallest},
-        {0.0, 1, 22, 22, smallest},
-        {0.3, 5, 22, 5, 0.0625},
-        {0.3, 1, 2, 2, 0.5},
-        {0.3, 9, 4, 4, 0.125},
-        {0.3, 1, 0, 1, 1.0},
-        {-1.0, 3, 22, 3, 0.25},
-        {std::numeric_limits<double>::quiet_NaN(), 1, 22, 22, smallest},
-    };
+    const double none = std::numeric_limits<double>::quiet_NaN();
+    const Case cases[] = {{1.0, 1, 22, 1, 1.0},       {0.3, 1, 22, 3, 0.25},      {0.25, 1, 22, 3, 0.25},
+                          {0.3, 5, 22, 5, 0.0625},    {0.3, 1, 2, 2, 0.5},        {0.3, 9, 4, 4, 0.125},
+                          {0.3, 1, 0, 1, 1.0},        {-1.0, 3, 22, 3, 0.25},     {smallest / 3, 1, 22, 22, smallest},
+                          {0.0, 1, 22, 22, smallest}, {none, 1, 22, 22, smallest}};
     for (const Case &c : cases) {
         double size = c.size;
         EXPECT_EQ(KtlGetLevel(size, c.minLevel, c.maxLevel), c.level) << c.size;
-        EXPECT_EQ(size, c.snapped) << c.size;
-        size = c.size;
-        if (c.minLevel == 1 && c.maxLevel == 22) {
-            EXPECT_EQ(KtlGetLevel(size), c.level) << c.size;
-        }
+        EXPECT_TRUE(size == c.snapped) << c.size << " " << size;
     }
+    double whole = 1e-9;
+    EXPECT_EQ(KtlGetLevel(whole), 22);
     const double degrees[][3] = {{360, 1, 360}, {100, 3, 90}, {1e-9, 22, std::ldexp(360.0, -21)}};
     for (const auto &c : degrees) {
         double size = c[0];
-        EXPECT_EQ(KtlGetLevelWGS(size), c[1]);
-        EXPECT_EQ(size, c[2]);
+        EXPECT_TRUE(KtlGetLevelWGS(size) == c[1] && size == c[2]) << c[0] << " " << size;
     }
 }
 
@@ -63,34 +51,31 @@ TEST(BaseLevel, IsTheFirstThatTheExtentPassesByHalfATile) {
         short level;
     };
     const double tiny = std::ldexp(1.0, -23);
-    const Case cases[] = {
-        {-0.5, -0.5, 0.5, 0.5, 0, kPlainMap, 1},
-        {0, 0, 0.5, 0.1, 0, kPlainMap, 2},  // the comparison is strict
-        {0, 0, 0.1, 0.26, 0, kPlainMap, 2},
-        {0, 0, tiny, tiny, 0, kPlainMap, 1},  // too small everywhere
-        {0, 0, std::ldexp(1.5, -22), 0, 0, kPlainMap, 22},
-        {-90, 0, 0, 1, 1, kPlainMap, 3},
-        {-90, 0, 0, 1, 2, kPlainMap, 1},   // 2 is not 1: the degrees stand as they are
-        {0, 0, 90, 45, 2, kDegreeMap, 3},  // and not 0
-        {0, 0, 0.25, 0.001, 0, kDegreeMap, 3},
-        {100, 80, 100.5, 80.5, 1, kDegreeMap, 5},    // x2 - y1 = 20.5 passes 11.25
-        {100, -80, 100.5, -79.5, 1, kDegreeMap, 1},  // x2 - y1 = 180.5
-        {10, 10, 10, 10, 1, kDegreeMap, 1},
-    };
+    // The comparison is strict; too small everywhere gives 1; isLB of 2 is neither 0 nor 1; on a degree map the width
+    // is x2 - y1: 20.5 passes 11.25, and 180.5 passes all; or the height does.
+    const Case cases[] = {{-0.5, -0.5, 0.5, 0.5, 0, kPlainMap, 1},
+                          {0, 0, 0.5, 0.1, 0, kPlainMap, 2},
+                          {0, 0, 0.1, 0.26, 0, kPlainMap, 2},
+                          {0, 0, tiny, tiny, 0, kPlainMap, 1},
+                          {0, 0, tiny * 3, 0, 0, kPlainMap, 22},
+                          {-90, 0, 0, 1, 1, kPlainMap, 3},
+                          {-90, 0, 0, 1, 2, kPlainMap, 1},
+                          {0, 0, 90, 45, 2, kDegreeMap, 3},
+                          {0, 0, 0.25, 0.001, 0, kDegreeMap, 3},
+                          {100, 80, 100.5, 80.5, 1, kDegreeMap, 5},
+                          {100, -80, 100.5, -79.5, 1, kDegreeMap, 1},
+                          {0, 0, 80, 100, 1, kDegreeMap, 1}};
     for (const Case &c : cases) {
         EXPECT_EQ(GetBaseLevel(c.x1, c.y1, c.x2, c.y2, c.isLB, c.type), c.level)
             << c.x1 << " " << c.x2 << " " << c.isLB;
     }
-    EXPECT_EQ(GetBaseLevelWGS(100, 80, 100.5, 80.5), 5);
 }
 
 TEST(Distance, PlaneInPixelsIsCutAndWraps) {
-    EXPECT_EQ(KtlGetP2PLength(CPoint(0, 0), CPoint(3, -4)), 5);
-    EXPECT_EQ(KtlGetP2PLength(CPoint(0, 0), CPoint(1, 1)), 1);
-    EXPECT_EQ(KtlGetP2PLength(CPoint(0, 0), CPoint(46340, 0)), 46340);
     // 65536 squared is 0 in 32 bits; 46341 squared is negative.
-    EXPECT_EQ(KtlGetP2PLength(CPoint(0, 0), CPoint(65536, 3)), 3);
-    EXPECT_EQ(KtlGetP2PLength(CPoint(0, 0), CPoint(46341, 0)), 0);
+    for (const auto &[x, y, length] : {std::tuple{3, -4, 5}, {1, 1, 1}, {65536, 3, 3}, {46341, 0, 0}}) {
+        EXPECT_EQ(KtlGetP2PLength(CPoint(0, 0), CPoint(x, y)), length) << x;
+    }
     EXPECT_EQ(KtlGetP2PLength(CPoint(INT_MIN, 0), CPoint(INT_MAX, 0)), 1);
     EXPECT_EQ(KtlGetP2PLength(1.5, 2.0, 4.5, 6.0), 5.0);
 }
@@ -98,12 +83,8 @@ TEST(Distance, PlaneInPixelsIsCutAndWraps) {
 // Expected numbers as in the projection's tests.
 TEST(Distance, OnTheSphereFollowsTheFormulaWithTheSine) {
     const double cases[][5] = {
-        {116.391, 39.907, 121.4737, 31.2304, 1066918.4700499161},
-        {0, 0, 0.001, 0.001, 157.4295281101131},
         {0, 0, 180, 0, 10734034.445259364},  // half the globe would be 20037508
         {-73.98565, 40.74844, -0.127, 51.507, 5237545.3011999363},
-        {10, 89, -170, 89, 222616.36851538648},
-        {116.391, 39.907, 116.391, 39.9071, 11.131948749456749},
         {116.391, 39.907, 116.391, 39.907, 0},
         // Each of these comes out otherwise when one rounding to single precision is left out, or both ways are mixed.
         {120.142, 21.921, 122.747, 37.733, 1766400.5241967177},
@@ -120,22 +101,14 @@ TEST(Arc, ArrayHasOneElementMoreThanTheArcWithoutItsCentre) {
     points[91] = POINTD(9, 9);
     GetArcPointArray(POINTD(10, 20), 2.0, 0, 90, points, 0);
     ASSERT_EQ(points.GetSize(), 92);
-    EXPECT_EQ(points[0].x, 12.0);
-    EXPECT_EQ(points[0].y, 20.0);
+    EXPECT_TRUE(CPointD(12, 20) == points[0] && CPointD(0, 0) == points[91]);
     EXPECT_NEAR(points[30].y, 21.0, 1e-12);
     EXPECT_NEAR(points[90].y, 22.0, 1e-12);
-    EXPECT_EQ(points[91].x, 0.0);
-    EXPECT_EQ(points[91].y, 0.0);
-
     GetArcPointArray(POINTD(10, 20), 2.0, 0, 90, points, 1);
     ASSERT_EQ(points.GetSize(), 92);
-    EXPECT_EQ(points[0].x, 10.0);
-    EXPECT_EQ(points[1].x, 12.0);
+    EXPECT_TRUE(CPointD(10, 20) == points[0] && CPointD(12, 20) == points[1]);
     EXPECT_NEAR(points[91].y, 22.0, 1e-12);
-}
-
-TEST(Arc, BackwardArcsHoldNothing) {
-    CArray<POINTD, POINTD> points;
+    // A backward arc holds nothing.
     for (const int end : {9, 8, 0, INT_MIN}) {
         GetArcPointArray(POINTD(1, 2), 1.0, 10, end, points, 1);
         EXPECT_EQ(points.GetSize(), end == 9 ? 1 : 0) << end;
@@ -147,12 +120,9 @@ TEST(Arc, ExtentStartsAnewAtAngleZeroOnly) {
         int start, end, withCentre;
         double left, bottom, right, top;
     };
-    const Case cases[] = {
-        {0, 90, 0, 0, 0, 1, 1},       {1, 180, 0, -1, 0, 50, 60},                            // keeps what it held
-        {-90, 90, 0, 0, 0, 1, 1},                                                            // loses what was before 0
-        {-90, 90, 1, 0, -1, 1, 1},    {90, 180, 1, -1, 0, 0, 1},  {180, 90, 1, 0, 0, 0, 0},  // no point at all
-        {180, 90, 0, 40, 50, 50, 60},
-    };
+    // The second keeps what was held, the third loses what was before 0, the last has no point at all.
+    const Case cases[] = {{0, 90, 0, 0, 0, 1, 1},    {1, 180, 0, -1, 0, 50, 60}, {-90, 90, 0, 0, 0, 1, 1},
+                          {-90, 90, 1, 0, -1, 1, 1}, {90, 180, 1, -1, 0, 0, 1},  {180, 90, 1, 0, 0, 0, 0}};
     for (const Case &c : cases) {
         EXTENT extent(40, 50, 50, 60);
         GetArcExtent(POINTD(0, 0), 1.0, c.start, c.end, extent, c.withCentre);
@@ -171,8 +141,7 @@ TEST(Dms, SplitsAndJoins) {
     KtlDegreeToDMS(0.0, d, m, s);
     EXPECT_TRUE(d == 0 && m == 0 && s == 0.0);
     KtlDegreeToDMS(-116.5125, d, m, s);
-    EXPECT_EQ(d, -116);
-    EXPECT_EQ(m, -30);
+    EXPECT_TRUE(d == -116 && m == -30) << d << " " << m;
     EXPECT_NEAR(s, -45.0, 1e-9);
     struct Case {
         int d, m;

@@ -1,6 +1,3 @@
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <memory>
 
 #include "ktl/imaging/bitmap_tools.h"
@@ -11,6 +8,7 @@
 #include "ktl/legends/legend_text.h"
 #include "ktl/shapes/shape_symbol.h"
 #include "tests/shapes/canvas.h"
+#include "tests/support/scratch_folder.h"
 
 namespace {
 
@@ -24,6 +22,18 @@ struct EndHandle {
 };
 using Sample = std::unique_ptr<HBITMAP__, EndHandle>;
 
+struct Probe {
+    int x, y;
+    std::uint32_t color;
+};
+
+void ExpectSample(HBITMAP handle, int width, int height, const std::vector<Probe> &probes) {
+    const Sample sample(handle);
+    ASSERT_NE(handle, nullptr);
+    EXPECT_TRUE(sample->width == width && sample->height == height) << sample->width << ' ' << sample->height;
+    for (const Probe &p : probes) EXPECT_EQ(sample->At(p.x, p.y), p.color) << width << ' ' << p.x << ' ' << p.y;
+}
+
 /// A point legend that can be given a symbol made of shapes.
 class SymbolLegend : public CLegend_Point {
   public:
@@ -32,76 +42,68 @@ class SymbolLegend : public CLegend_Point {
 
 class LegendSymbolTest : public ktl_test::DrawingTest {
   protected:
-    LegendSymbolTest() {
-        std::string folder = (std::filesystem::temp_directory_path() / "legendXXXXXX").string();
-        m_folder = mkdtemp(folder.data());
-    }
-    ~LegendSymbolTest() override { std::filesystem::remove_all(m_folder); }
-
-    CString PathOf(const char *name) const { return CString(m_folder.string() + "\\" + name); }
-    CString MakePicture(const char *name, int width, int height) const {
+    CString MakePicture(int width, int height) const {
         Gdiplus::Bitmap bitmap(width, height, Gdiplus::PixelFormat32bppARGB);
-        Gdiplus::Graphics graphics(&bitmap);
-        graphics.Clear(Gdiplus::Color(0, 128, 255));
-        EXPECT_EQ(SaveBitmapToPng(&bitmap, PathOf(name)), 1);
-        return PathOf(name);
+        Gdiplus::Graphics(&bitmap).Clear(Gdiplus::Color(0, 128, 255));
+        EXPECT_EQ(SaveBitmapToPng(&bitmap, m_folder.Name("flag.png")), 1);
+        return m_folder.Name("flag.png");
     }
     CString MakeFile(const char *name) const {
-        std::ofstream(m_folder / name) << "x";
-        return PathOf(name);
+        m_folder.Write(name, "x");
+        return m_folder.Name(name);
     }
 
-  private:
-    std::filesystem::path m_folder;
+    ktl::test::ScratchFolder m_folder;
 };
 
 TEST_F(LegendSymbolTest, TheExtensionTellsWhatASymbolFileDoes) {
+    MakePicture(20, 30);
+    MakeFile("cross.SBL");
+    MakeFile("note.txt");
+    MakeFile("broken.gif");
+    struct Case {
+        const char *file, *name;
+        bool isShapeSymbol, hasPicture;
+        int size;
+    };
     CLegend_Point legend;
     legend.SetSize(9);
-    legend.SetSymbolFilePath(MakePicture("flag.png", 20, 30));
-    EXPECT_FALSE(legend.IsShapeSymbol());
-    ASSERT_NE(legend.GetBitmapSymbol(), nullptr);
-    EXPECT_EQ(legend.GetSize(), 30);
-    EXPECT_EQ(legend.GetSymbolName(), "flag.png");
-
-    legend.SetSymbolFilePath(MakeFile("cross.SBL"));
-    EXPECT_TRUE(legend.IsShapeSymbol());
-    EXPECT_NE(legend.GetBitmapSymbol(), nullptr);
-    EXPECT_EQ(legend.GetSize(), 9);
-
-    legend.SetSymbolFilePath(MakeFile("note.txt"));
-    EXPECT_TRUE(legend.IsShapeSymbol());
-    EXPECT_NE(legend.GetBitmapSymbol(), nullptr);
-    EXPECT_EQ(legend.GetSymbolName(), "note.txt");
-
-    legend.SetSymbolFilePath(MakeFile("broken.gif"));
-    EXPECT_FALSE(legend.IsShapeSymbol());
-    EXPECT_EQ(legend.GetBitmapSymbol(), nullptr);
-    EXPECT_EQ(legend.GetSize(), 9);
-
-    legend.SetSymbolFilePath(PathOf("missing.png"));
-    EXPECT_EQ(legend.GetBitmapSymbol(), nullptr);
-    EXPECT_EQ(legend.GetSymbolName(), "");
+    for (const Case &c : {Case{"flag.png", "flag.png", false, true, 30},
+                          {"cross.SBL", "cross.SBL", true, true, 9},
+                          {"note.txt", "note.txt", true, true, 9},
+                          {"broken.gif", "broken.gif", false, false, 9},
+                          {"flag.png", "flag.png", false, true, 30},
+                          {"missing.png", "", false, false, 9}}) {
+        legend.SetSymbolFilePath(m_folder.Name(c.file));
+        EXPECT_EQ(legend.IsShapeSymbol(), c.isShapeSymbol) << c.file;
+        EXPECT_EQ(legend.GetBitmapSymbol() != nullptr, c.hasPicture) << c.file;
+        EXPECT_EQ(legend.GetSize(), c.size) << c.file;
+        EXPECT_EQ(legend.GetSymbolName(), c.name) << c.file;
+    }
 }
 
 TEST_F(LegendSymbolTest, APictureIsComparedByNameCopiedByPixelsAndTakenAsSize) {
     CLegend_Point legend;
     legend.SetSize(9);
-    legend.SetSymbolFilePath(MakePicture("flag.png", 20, 30));
+    legend.SetSymbolFilePath(MakePicture(20, 30));
     const std::unique_ptr<CLegend> clone(legend.Clone());
     auto &copy = dynamic_cast<CLegend_Point &>(*clone);
-    ASSERT_NE(copy.GetBitmapSymbol(), nullptr);
     EXPECT_NE(copy.GetBitmapSymbol(), legend.GetBitmapSymbol());
     Gdiplus::Color color;
     copy.GetBitmapSymbol()->GetPixel(19, 29, &color);
     EXPECT_EQ(color.GetValue(), 0xFF0080FFU);
     // The copy's own size is the other's answer, which is the picture's.
-    copy.SetSymbolFilePath(PathOf("missing.png"));
+    copy.SetSymbolFilePath(m_folder.Name("missing.png"));
     EXPECT_EQ(copy.GetSize(), 30);
 
     CLegend_Point other;
     other.CLegend::Copy(&legend);
     EXPECT_EQ(legend.Compare(&other), 0);
+    CLegend_Point named;
+    named.CLegend::Copy(&other);
+    EXPECT_EQ(named.Compare(&other), 1);
+    named.SetSymbolFilePath(MakeFile("note.txt"));
+    EXPECT_EQ(named.Compare(&other), 0);
     legend.UnionLegendValue(&other);
     EXPECT_TRUE(legend.IsShapeSymbol());
     EXPECT_EQ(legend.GetSymbolName(), "");
@@ -109,7 +111,7 @@ TEST_F(LegendSymbolTest, APictureIsComparedByNameCopiedByPixelsAndTakenAsSize) {
 
 TEST_F(LegendSymbolTest, APictureTravelsAsAPngFile) {
     CLegend_Point legend;
-    legend.SetSymbolFilePath(MakePicture("flag.png", 6, 4));
+    legend.SetSymbolFilePath(MakePicture(6, 4));
     const Bytes bytes = Store(legend, 201);
     ASSERT_GT(bytes.size(), 18U + 9U + 8U);
     EXPECT_EQ(bytes[18], 0);
@@ -144,29 +146,18 @@ TEST_F(LegendSymbolTest, PointSamplesShowDiscPictureOrRed) {
     legend.SetForeColor(RGB(0, 200, 0));
     legend.SetBackColor(RGB(0, 0, 0));
     legend.SetSize(9);
+    ExpectSample(legend.GetIcon(), 16, 16, {{8, 8, 0xFF00C800}, {0, 0, 0xFFFFFFFF}});
+    ExpectSample(legend.GetOverView(), 10, 10, {{4, 4, 0xFF00C800}});
     const Sample disc(legend.GetIcon());
-    EXPECT_EQ(disc->width, 16);
-    EXPECT_EQ(disc->height, 16);
-    EXPECT_EQ(disc->At(8, 8), 0xFF00C800U);
-    EXPECT_EQ(disc->At(0, 0), 0xFFFFFFFFU);
-    EXPECT_LT(disc->At(4, 8) & 0xFF, 0x80U);
     const Sample large(legend.GetOverView());
-    EXPECT_EQ(large->width, 10);
-    EXPECT_EQ(large->At(4, 4), 0xFF00C800U);
+    EXPECT_LT(disc->At(4, 8) & 0xFF, 0x80U);
     EXPECT_LT(large->At(0, 4) & 0xFF, 0x80U);
 
     legend.GiveShapeSymbol();
-    const Sample red(legend.GetIcon());
-    EXPECT_EQ(red->At(0, 0), 0xFFFF0000U);
-    EXPECT_EQ(red->At(15, 15), 0xFFFF0000U);
-
-    legend.SetSymbolFilePath(MakePicture("flag.png", 20, 30));
-    const Sample picture(legend.GetIcon());
-    EXPECT_EQ(picture->At(8, 8), 0xFF0080FFU);
-    const Sample square(legend.GetOverView());
-    EXPECT_EQ(square->width, 31);
-    EXPECT_EQ(square->height, 31);
-    EXPECT_EQ(square->At(15, 15), 0xFF0080FFU);
+    ExpectSample(legend.GetIcon(), 16, 16, {{0, 0, 0xFFFF0000}, {15, 15, 0xFFFF0000}});
+    legend.SetSymbolFilePath(MakePicture(20, 30));
+    ExpectSample(legend.GetIcon(), 16, 16, {{8, 8, 0xFF0080FF}});
+    ExpectSample(legend.GetOverView(), 31, 31, {{15, 15, 0xFF0080FF}});
 }
 
 TEST_F(LegendSymbolTest, LineAndAreaSamplesShowCasingAndFill) {
@@ -174,28 +165,15 @@ TEST_F(LegendSymbolTest, LineAndAreaSamplesShowCasingAndFill) {
     line.SetForeColor(RGB(255, 0, 0));
     line.SetBackColor(RGB(0, 0, 255));
     line.SetSize(4);
-    const Sample icon(line.GetIcon());
-    EXPECT_EQ(icon->width, 100);
-    EXPECT_EQ(icon->height, 16);
-    EXPECT_EQ(icon->At(50, 8), 0xFFFF0000U);
-    EXPECT_EQ(icon->At(50, 1), 0xFFFFFFFFU);
+    ExpectSample(line.GetIcon(), 100, 16, {{50, 8, 0xFFFF0000}, {50, 1, 0xFFFFFFFF}});
+    ExpectSample(line.GetOverView(), 256, 6, {{128, 3, 0xFFFF0000}});
     const Sample view(line.GetOverView());
-    EXPECT_EQ(view->width, 256);
-    EXPECT_EQ(view->height, 6);
-    EXPECT_EQ(view->At(128, 3), 0xFFFF0000U);
     EXPECT_GT(view->At(128, 0) & 0xFF, 0xC0U);
-
     CLegend_Polygon area;
     area.SetForeColor(RGB(255, 0, 0));
     area.SetBackColor(RGB(0, 0, 255));
-    const Sample areaIcon(area.GetIcon());
-    EXPECT_EQ(areaIcon->At(50, 8), 0xFFFF0000U);
-    EXPECT_EQ(areaIcon->At(0, 8), 0xFF0000FFU);
-    const Sample areaView(area.GetOverView());
-    EXPECT_EQ(areaView->width, 256);
-    EXPECT_EQ(areaView->height, 50);
-    EXPECT_EQ(areaView->At(255, 49), 0xFF0000FFU);
-
+    ExpectSample(area.GetIcon(), 100, 16, {{50, 8, 0xFFFF0000}, {0, 8, 0xFF0000FF}});
+    ExpectSample(area.GetOverView(), 256, 50, {{255, 49, 0xFF0000FF}});
     CLegend_Text text;
     CLegend_Image image;
     EXPECT_EQ(text.GetIcon(), nullptr);

@@ -3,12 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <utility>
 #include <vector>
 
 #include "ktl/platform/archive.h"
 #include "ktl/platform/gdiplus/gdiplus.h"
 #include "ktl/platform/mem_file.h"
+#include "tests/support/drawing_start.h"
 
 /// \file
 /// What the tests of legends and shapes share: drawing that is started, a small white surface whose pixels can be
@@ -16,17 +16,10 @@
 
 namespace ktl_test {
 
-/// Starts and stops drawing around each test.
+/// Drawing is started around each test.
 class DrawingTest : public ::testing::Test {
-  protected:
-    DrawingTest() {
-        Gdiplus::GdiplusStartupInput input;
-        EXPECT_EQ(Gdiplus::GdiplusStartup(&m_token, &input, nullptr), Gdiplus::Ok);
-    }
-    ~DrawingTest() override { Gdiplus::GdiplusShutdown(m_token); }
-
   private:
-    ULONG_PTR m_token = 0;
+    ktl::test::DrawingStart m_drawing;
 };
 
 constexpr Gdiplus::ARGB kWhite = 0xFFFFFFFF;

@@ -42,7 +42,7 @@ TEST_F(Overlay, SnapToCatchesAVertexOrClears) {
     shape.SetPoint(10, 20);
     EXPECT_EQ(snap.SnapTo(&shape, POINTD(11, 19), 1.5), 1);
     EXPECT_TRUE(snap.IsShown() && snap.GetPoint().x == 10.0 && snap.GetExtent().top == 20.0);
-    EXPECT_EQ(snap.SnapTo(&shape, POINTD(13, 19), 1.5), 0);
+    EXPECT_EQ(snap.SnapTo(&shape, POINTD(12, 19), 1.5), 0);
     EXPECT_FALSE(snap.IsShown());
     EXPECT_EQ(snap.SnapTo(nullptr, POINTD(11, 19), 1.5), 0);
 }

@@ -47,14 +47,11 @@ TEST(Encoding, KnownCodes) {
         {"€", "\x80"},
         {"·", "\xA1\xA4"},
         {"—", "\xA1\xAA"},
-        {"～", "\xA1\xAB"},
         {"ⅰ", "\xA2\xA1"},
         {"\uE000", "\xAA\xA1"},
         {"\uE234", "\xF8\xA1"},
         {"\uE4C6", "\xA1\x40"},
         {"\uE765", "\xA7\xA0"},
-        {"é", "\xA8\xA6"},
-        {"a中", "a\xD6\xD0"},
     };
     for (const auto &[utf8, gbk] : cases) {
         EXPECT_EQ(Bytes(ktl::FromUtf8(utf8)), gbk);
@@ -66,19 +63,12 @@ TEST(Encoding, KnownCodes) {
 
 TEST(Encoding, WhatGbkLacksIsPlainAndCounted) {
     struct Case {
-        const char *utf8;
-        const char *gbk;
+        const char *utf8, *gbk;
         int replaced;
     };
     const Case cases[] = {
         {"Curaçao", "Curacao", 1},
-        {"Côte d'Ivoire", "Cote d'Ivoire", 1},
         {"São Tomé", "Sao Tom\xA8\xA6", 1},
-        {"Åland", "Aland", 1},
-        {"Łódź",
-         "L\xA8\xAE"
-         "dz",
-         2},
         {"Straße Æ œ Þ", "Strasse AE oe Th", 4},
         {"Đà Nẵng", "D\xA8\xA4 Nang", 2},
         {"İzmir ığüşö", "Izmir ig\xA8\xB9so", 5},

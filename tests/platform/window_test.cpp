@@ -1,6 +1,5 @@
 #include "ktl/platform/window.h"
 
-#include <functional>
 #include <iterator>
 #include <string>
 
@@ -175,23 +174,6 @@ TEST(MessageBox, WithoutAHostAQuestionIsRefused) {
     testing::internal::CaptureStderr();
     EXPECT_LE(ShellExecute(nullptr, "open", "error.log", nullptr, nullptr, SW_SHOW), 32);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "error.log\n");
-}
-
-TEST(MessageBox, AHostAnswers) {
-    std::string seen;
-    ktl::SetMessageBoxHook([&](const CString &text, UINT type) {
-        seen += std::string(text.View()) + std::to_string(type);
-        return IDYES;
-    });
-    ktl::SetShellExecuteHook([&](const CString &verb, const CString &file, const CString &) {
-        seen += std::string((verb + file).View());
-        return 33;
-    });
-    EXPECT_EQ(AfxMessageBox("?", 0x24), IDYES);
-    EXPECT_EQ(ShellExecute(nullptr, "open", "x", nullptr, nullptr, SW_SHOW), 33);
-    ktl::SetMessageBoxHook(nullptr);
-    ktl::SetShellExecuteHook(nullptr);
-    EXPECT_EQ(seen, "?36openx");
 }
 
 TEST(System, ModuleLiesInTheFolderThatTheHostGives) {

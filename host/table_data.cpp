@@ -272,9 +272,12 @@ std::optional<StoredTable> FindStored(const TableSource &source) {
         return FindTable(source);
     }
     if (HoldsTables(source.path)) return FindTable(source);
-    if (Ending(source.path) != ".dbf" || !source.layer.empty()) return {};
+    if (Ending(source.path) != ".dbf") return {};
     RequireReadable(source.path);
     const std::string name = fs::path(source.path).stem().string();
+    if (!source.layer.empty() && source.layer != name) {
+        throw Error("no table '" + source.layer + "' in '" + source.path + "', which has " + name);
+    }
     if (name.find(']') != std::string::npos) throw Error("a table's name cannot hold ']': '" + name + "'");
     return StoredTable{OpenStore(source.path), Gbk(name, "the table's name"), {name}};
 }

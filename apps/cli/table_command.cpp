@@ -230,9 +230,17 @@ void AddPart(CLI::App &table, const Part &part, const Arguments &arguments) {
 void AddTableCommand(CLI::App &program) {
     CLI::App *table = program.add_subcommand("table", "look into attribute tables, convert them, send them statements");
     ShowHelp(*table);
-    table->require_subcommand(1);
+    table->require_subcommand(0, 1);
     const auto arguments = std::make_shared<TableArguments>();
     for (const Part &part : kParts) AddPart(*table, part, arguments);
+    // CLI11 would say only that something is required.
+    table->allow_extras();
+    table->callback([table] {
+        if (!table->get_subcommands().empty()) return;
+        const std::vector<std::string> rest = table->remaining();
+        const std::string what = rest.empty() ? "no command given" : "unknown command '" + rest.front() + "'";
+        throw UsageError(what + " (see 'ktl table --help')");
+    });
 }
 
 }  // namespace ktl::cli

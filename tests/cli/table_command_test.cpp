@@ -137,6 +137,7 @@ TEST_F(TableCommand, FaultsAreOneLineAndAStatus) {
     m_folder.Write("broken.dbf", "hello");
     const Case cases[] = {
         {{}, 2},
+        {{"paint"}, 2},
         {{"sql", folder}, 2},
         {{"show", folder + "/w001.dbf", "--limit", "-1"}, 2},
         {{"show", folder + "/w001.dbf", "--csv", "--json"}, 2},
@@ -144,6 +145,7 @@ TEST_F(TableCommand, FaultsAreOneLineAndAStatus) {
         {{"show", folder + "/none.mdb"}, 1},
         {{"show", folder + "/broken.dbf"}, 1},
         {{"show", folder, "--layer", "none"}, 1},
+        {{"show", folder + "/w001.dbf", "--layer", "none"}, 1},
         {{"sql", folder, "Select nothing From w001"}, 1},
         {{"sql", folder, "Select '😀' From w001"}, 1},
         {{"sql", folder + "/none", "Select * From w001"}, 1},

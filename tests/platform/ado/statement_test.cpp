@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "tests/platform/ado/tables.h"
 
 namespace ktl::test {
@@ -144,10 +146,12 @@ TEST_F(Statement, AValueThatFailsAtALaterRowLeavesEveryRow) {
         "Replace All m With 'x' Additive, v With 1/(ShapeID-2000)",
     };
     tables.Run("Use w");
+    const auto memoSize = std::filesystem::file_size(folder.Path("w.fpt"));
     for (const char *statement : failing) {
         EXPECT_EQ(tables.Fault(statement).substr(0, 3), "39 ") << statement;
         EXPECT_EQ(tables.Rows("Select Count(0),Sum(v),Sum(ID) From w Where m='1'"), "2048|2048|0\n") << statement;
     }
+    EXPECT_EQ(std::filesystem::file_size(folder.Path("w.fpt")), memoSize) << "nothing was written to be forgotten";
     // What a row has been given is what the next value sees, in the check as in the change.
     EXPECT_EQ(tables.Run("Update w Set m='2',v=1/Val(m),name=m,ID=Len(name) Where ShapeID > 2000"), 48);
     EXPECT_EQ(tables.Rows("Select Distinct v,name,ID,m From w Where ShapeID > 2000"), "0.5|2|250|2\n");

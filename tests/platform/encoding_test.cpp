@@ -99,8 +99,15 @@ TEST(Encoding, EveryFormIsTextThatGbkHas) {
 
 TEST(Encoding, DamagedTextIsReplacedByteByByte) {
     const std::pair<std::string, std::string> utf8Cases[] = {
-        {"\xC3", "?"},      {"a\xE4\xB8", "a??"}, {"\xC0\xAF", "??"},           {"\xED\xA0\x80", "???"},
-        {"\xF5\x80", "??"}, {"\x80z", "?z"},      {"\xF4\x90\x80\x80", "????"}, {"\xE4z", "?z"},
+        {"\xC3", "?"},
+        {"a\xE4\xB8", "a??"},
+        {"\xC0\xAF", "??"},
+        {"\xED\xA0\x80", "???"},
+        {"\xF5\x80\x80\x80", "????"},
+        {"\x80z", "?z"},
+        {"\xF4\x90\x80\x80", "????"},
+        {"\xE4z", "?z"},
+        {"\xED\xB0\x80", "???"},
     };
     for (const auto &[utf8, gbk] : utf8Cases) EXPECT_EQ(Bytes(ktl::FromUtf8(utf8)), gbk);
     const std::pair<std::string, std::string> gbkCases[] = {

@@ -53,17 +53,10 @@ TEST(SeparatorSplit, RemovesOneByteAndAlwaysAddsTheRest) {
         int keepEmpty;
         const char *parts;
     };
-    const Case cases[] = {
-        {"a,b,", ",", 0, "a/b//"},
-        {",a,,b", ",", 0, "a/b/"},
-        {",a,,b", ",", 1, "/a//b/"},
-        {"", ",", 0, "/"},
-        {"a<>b<>c", "<>", 1, "a/>b/>c/"},
-        {"aaa", "aa", 1, "//a/"},
-        {"a,b", "", 1, "a,b/"},
-        // A separator's byte inside a pair is none: 0xB7 0x7C is one character.
-        {"x\xB7|y|z", "|", 1, "x\xB7|y/z/"},
-    };
+    // A separator's byte inside a pair is none: 0xB7 0x7C is one character.
+    const Case cases[] = {{"a,b,", ",", 0, "a/b//"}, {",a,,b", ",", 0, "a/b/"},          {",a,,b", ",", 1, "/a//b/"},
+                          {"", ",", 0, "/"},         {"a<>b<>c", "<>", 1, "a/>b/>c/"},   {"aaa", "aa", 1, "//a/"},
+                          {"a,b", "", 1, "a,b/"},    {"x\xB7|y|z", "|", 1, "x\xB7|y/z/"}};
     for (const Case &c : cases) {
         CArray<CString, CString> parts;
         KtlSplitString(c.text, c.separator, parts, c.keepEmpty);

@@ -100,7 +100,7 @@ TEST(RandomColor, IsTheSameWithinASecond) {
 
 namespace {
 
-/// The clock stands at an afternoon's beginning in local time, whatever the zone.
+/// The clock stands just after noon in local time, whatever the zone.
 class ErrorLog : public testing::Test {
   protected:
     ~ErrorLog() override { ktl::SetClock(m_before); }

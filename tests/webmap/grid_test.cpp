@@ -10,13 +10,6 @@
 #include "ktl/webmap/dms.h"
 #include "ktl/webmap/level.h"
 
-namespace {
-
-const auto kPlainMap = ENUM_MAP_TYPE(1);
-const auto kDegreeMap = ENUM_MAP_TYPE(101);
-
-}  // namespace
-
 TEST(Level, IsTheFirstWithATileNoWiderThanTheSize) {
     struct Case {
         double size;
@@ -46,28 +39,20 @@ TEST(Level, IsTheFirstWithATileNoWiderThanTheSize) {
 TEST(BaseLevel, IsTheFirstThatTheExtentPassesByHalfATile) {
     struct Case {
         double x1, y1, x2, y2;
-        int isLB;
-        ENUM_MAP_TYPE type;
-        short level;
+        int isLB, onDegreeMap, level;
     };
     const double tiny = std::ldexp(1.0, -23);
     // The comparison is strict; too small everywhere gives 1; isLB of 2 is neither 0 nor 1; on a degree map the width
     // is x2 - y1: 20.5 passes 11.25, and 180.5 passes all; or the height does.
-    const Case cases[] = {{-0.5, -0.5, 0.5, 0.5, 0, kPlainMap, 1},
-                          {0, 0, 0.5, 0.1, 0, kPlainMap, 2},
-                          {0, 0, 0.1, 0.26, 0, kPlainMap, 2},
-                          {0, 0, tiny, tiny, 0, kPlainMap, 1},
-                          {0, 0, tiny * 3, 0, 0, kPlainMap, 22},
-                          {-90, 0, 0, 1, 1, kPlainMap, 3},
-                          {-90, 0, 0, 1, 2, kPlainMap, 1},
-                          {0, 0, 90, 45, 2, kDegreeMap, 3},
-                          {0, 0, 0.25, 0.001, 0, kDegreeMap, 3},
-                          {100, 80, 100.5, 80.5, 1, kDegreeMap, 5},
-                          {100, -80, 100.5, -79.5, 1, kDegreeMap, 1},
-                          {0, 0, 80, 100, 1, kDegreeMap, 1}};
+    const Case cases[] = {
+        {-.5, -.5, .5, .5, 0, 0, 1},     {0, 0, .5, .1, 0, 0, 2},           {0, 0, .1, .26, 0, 0, 2},
+        {0, 0, tiny, tiny, 0, 0, 1},     {0, 0, 3 * tiny, 0, 0, 0, 22},     {-90, 0, 0, 1, 1, 0, 3},
+        {-90, 0, 0, 1, 2, 0, 1},         {0, 0, 90, 45, 2, 1, 3},           {0, 0, .25, .001, 0, 1, 3},
+        {100, 80, 100.5, 80.5, 1, 1, 5}, {100, -80, 100.5, -79.5, 1, 1, 1}, {0, 0, 80, 100, 1, 1, 1},
+    };
     for (const Case &c : cases) {
-        EXPECT_EQ(GetBaseLevel(c.x1, c.y1, c.x2, c.y2, c.isLB, c.type), c.level)
-            << c.x1 << " " << c.x2 << " " << c.isLB;
+        const auto map = ENUM_MAP_TYPE(c.onDegreeMap ? 101 : 1);
+        EXPECT_EQ(GetBaseLevel(c.x1, c.y1, c.x2, c.y2, c.isLB, map), c.level) << c.x1 << " " << c.x2 << " " << c.isLB;
     }
 }
 

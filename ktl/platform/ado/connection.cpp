@@ -56,6 +56,10 @@ void Connection::ReadPages(const CString &statement, const std::function<bool(co
     use(OpenRecordset(statement, false));
 }
 
+std::shared_ptr<void> Connection::HoldTable(const CString &) {
+    return nullptr;
+}
+
 RecordsetRef MakeTableSchema(const std::vector<TableEntry> &tables) {
     static constexpr const char *kNames[] = {"TABLE_CATALOG", "TABLE_SCHEMA", "TABLE_NAME", "TABLE_TYPE"};
     std::vector<Column> columns;

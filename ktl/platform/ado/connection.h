@@ -48,6 +48,10 @@ class KTL_API Connection {
     /// A row for each table with the columns TABLE_CATALOG, TABLE_SCHEMA, TABLE_NAME and TABLE_TYPE ("TABLE" for a
     /// plain one). Throws Error for a schema other than `kSchemaTables`.
     virtual RecordsetRef OpenSchema(int schema) = 0;
+    /// Keeps others from a table for a run of statements that change its rows, which are then cheaper; each is still in
+    /// the store at its end. Lasts as long as what is returned. Null when the store has no such thing or the table
+    /// cannot be had: the statements work all the same, or say why not.
+    virtual std::shared_ptr<void> HoldTable(const CString &table);
 
     /// Harmless when closed already. Open recordsets stay readable.
     virtual void Close() = 0;

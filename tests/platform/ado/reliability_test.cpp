@@ -200,26 +200,31 @@ TEST(FailingDisk, AShortWriteIsAnErrorAndTheRowsBeforeAreKept) {
 }
 
 TEST(FailingDisk, TheIndexForgetsRowsThatWereNotWritten) {
-    const ScratchFolder folder;
-    FaultyFileSystem files;
-    Tables tables(folder);
-    tables.Run("Create Table t (ID int, ShapeID int)");
-    tables.Run("Insert Into t Values (1,1)");
-    EXPECT_EQ(tables.Rows("Select ID From t Where ShapeID=1"), "1\n");
-    for (int calls = 0; calls < 2; ++calls) {
-        files.FailAfter(calls, EIO);
-        EXPECT_NE(tables.Fault("Insert Into t Values (9,9)"), "");
-        files.FailAfter(-1, 0);
-        EXPECT_EQ(tables.Rows("Select ID From t Where ShapeID=9"), "");
+    for (const bool isHeld : {false, true}) {
+        SCOPED_TRACE(isHeld);
+        const ScratchFolder folder;
+        FaultyFileSystem files;
+        Tables tables(folder);
+        const auto fail = [&](int calls, const char *statement) {
+            const auto hold = isHeld ? tables.Get().HoldTable("t") : nullptr;
+            tables.Run("Update t Set ID=1 Where ShapeID=1");
+            files.FailAfter(calls, EIO);
+            EXPECT_NE(tables.Fault(statement), "");
+            files.FailAfter(-1, 0);
+            EXPECT_EQ(tables.Rows("Select ID From t Where ShapeID=1"), "1\n");
+        };
+        tables.Run("Create Table t (ID int, ShapeID int)");
+        tables.Run("Insert Into t Values (1,1)");
+        for (int calls = 0; calls < 2; ++calls) {
+            fail(calls, "Insert Into t Values (9,9)");
+            EXPECT_EQ(tables.Rows("Select ID From t Where ShapeID=9"), "");
+        }
+        fail(0, "Update t Set ShapeID=5 Where ShapeID=1");
+        tables.Run("Insert Into t Values (2,2)");
+        tables.Run("Insert Into t Values (3,3)");
+        EXPECT_EQ(tables.Rows("Select ID From t Where ShapeID=2"), "2\n");
+        EXPECT_EQ(tables.Rows("Select ID From t Where ShapeID=3"), "3\n");
     }
-    files.FailAfter(0, EIO);
-    EXPECT_NE(tables.Fault("Update t Set ShapeID=5 Where ShapeID=1"), "");
-    files.FailAfter(-1, 0);
-    EXPECT_EQ(tables.Rows("Select ID From t Where ShapeID=1"), "1\n");
-    tables.Run("Insert Into t Values (2,2)");
-    tables.Run("Insert Into t Values (3,3)");
-    EXPECT_EQ(tables.Rows("Select ID From t Where ShapeID=2"), "2\n");
-    EXPECT_EQ(tables.Rows("Select ID From t Where ShapeID=3"), "3\n");
 }
 
 TEST(FailingDisk, ReadsInPiecesGiveTheSame) {
@@ -400,6 +405,31 @@ TEST(Sharing, AnExclusiveTableIsClosedToOthersUntilItIsAltered) {
     tables.Run("Use t Exclusive");
     tables.Run("Use In Select('t')");
     EXPECT_EQ(others.Run("Update t Set x=1"), 1);
+}
+
+TEST(Sharing, AHeldTableIsClosedToOthersAndWrittenThrough) {
+    const ScratchFolder folder;
+    Tables tables(folder);
+    Tables others(folder);
+    tables.Run("Create Table t (ID int,ShapeID int,m memo)");
+    EXPECT_EQ(others.Rows("Select Count(0) From t"), "0\n");
+    {
+        const auto hold = tables.Get().HoldTable("t");
+        ASSERT_TRUE(hold);
+        EXPECT_FALSE(tables.Get().HoldTable("T")) << "held already";
+        for (char i = 1; i < 4; ++i) {
+            const std::string n(1, static_cast<char>('0' + i));
+            tables.Run("Insert Into t (ID,ShapeID) Values (" + n + "," + n + ")");
+            tables.Run("Update t Set m='memo' Where ShapeID=" + n);
+            std::ifstream file(folder.Path("t.dbf"), std::ios::binary);
+            file.seekg(4);
+            EXPECT_EQ(file.get(), i) << "the count in the file";
+        }
+        EXPECT_NE(others.Fault("Insert Into t (ID) Values (9)"), "");
+    }
+    EXPECT_EQ(others.Run("Insert Into t Values (4,4,'other')"), 1);
+    EXPECT_EQ(tables.Rows("Select ID,m From t"), "1|memo\n2|memo\n3|memo\n4|other\n");
+    EXPECT_FALSE(tables.Get().HoldTable("missing"));
 }
 
 TEST(Sharing, TwoConnectionsOfOneProcessSeeEachOthersRowsAtOnce) {

@@ -185,6 +185,12 @@ void Folder::UseTable(const CString &name, bool exclusive) {
     }
 }
 
+std::shared_ptr<void> Folder::HoldTable(const CString &name) {
+    const std::shared_ptr<Table> table = Open(name, sql::Access::Write);
+    const StatementEnd end(*table);
+    return table->Hold();
+}
+
 void Folder::CloseTable(const CString &name) {
     m_fresh = {};
     m_tables.erase(FoldedName(BareName(name).View()));

@@ -27,6 +27,7 @@ class Folder final : public sql::Store {
     void PackTable(const CString &name) override;
     void UseTable(const CString &name, bool exclusive) override;
     void CloseTable(const CString &name) override;
+    std::shared_ptr<void> HoldTable(const CString &name) override;
 
   private:
     /// The table that `CreateTable` made last, while nothing has used it.

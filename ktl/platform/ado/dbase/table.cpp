@@ -98,8 +98,32 @@ bool Table::BeginAgain(sql::Access access) {
     const bool writes = access == sql::Access::Write;
     if (writes && !m_writing && !LockFor(access)) ThrowInUse(m_file.GetPath());
     m_writing = m_writing || writes;
-    ++m_depth;
+    if (++m_depth == 2 && m_hold != 0) StartStatement();
     return true;
+}
+
+void Table::StartStatement() {
+    m_committed = true;
+    for (KeyColumn &key : m_keys) key.changes = 0;
+}
+
+std::shared_ptr<void> Table::Hold() {
+    if (m_hold != 0 || m_depth != 1) return nullptr;
+    m_hold = ++m_lastHold;
+    // The statement that took the lock goes on as the hold.
+    ++m_depth;
+    return {this, [table = shared_from_this(), number = m_hold](void *) { table->EndHold(number); }};
+}
+
+void Table::EndHold(unsigned number) noexcept {
+    if (m_hold != number) return;
+    m_hold = 0;
+    try {
+        m_stamp = StampOf(m_file.Stat());
+    } catch (const Error &) {
+        m_stamp = {};
+    }
+    EndStatement();
 }
 
 bool Table::BeginOnFile(sql::Access access) {
@@ -117,8 +141,7 @@ bool Table::BeginOnFile(sql::Access access) {
     m_depth = 1;
     m_writing = access == sql::Access::Write;
     m_memoReady = false;
-    m_committed = true;
-    for (KeyColumn &key : m_keys) key.changes = 0;
+    StartStatement();
     return true;
 }
 
@@ -201,13 +224,16 @@ void Table::DropBuffers() {
 }
 
 void Table::EndStatement() noexcept {
-    if (--m_depth > 0) return;
+    if (--m_depth > (m_hold != 0 ? 1 : 0)) return;
     // What was changed and not committed is not in the file, or in rows behind the count; the indexes know it.
     if (!m_committed) {
         ForgetIndexes();
         m_stamp = {};
+        m_hold = 0;
+        m_depth = 0;
     }
     DropBuffers();
+    if (m_hold != 0) return;
     m_writing = false;
     if (!m_exclusive) m_file.Unlock();
     OpenTables::Instance().SetBusy(m_place, m_exclusive);

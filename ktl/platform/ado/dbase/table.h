@@ -25,7 +25,10 @@ namespace ktl::ado::dbase {
 /// a process that is killed leaves at most rows that the count does not tell of. Nothing of the rows is remembered
 /// from one statement to the next but the indexes, and these only while the file's change time says that nobody else
 /// wrote. Locks cover one statement.
-class Table final : public sql::Table, private IdleTable, private MemoSource {
+class Table final : public sql::Table,
+                    public std::enable_shared_from_this<Table>,
+                    private IdleTable,
+                    private MemoSource {
   public:
     /// Opens the file; throws Error. `Begin` has to follow.
     explicit Table(const std::string &systemPath);
@@ -38,6 +41,10 @@ class Table final : public sql::Table, private IdleTable, private MemoSource {
     /// Keeps all others from the table until it is closed. False when someone is using it.
     bool MakeExclusive();
     bool IsExclusive() const { return m_exclusive; }
+    /// Keeps the running statement's lock from one statement to the next, until what is returned goes. These neither
+    /// lock nor look whether others wrote; each still writes through. A statement that fails half-way ends the hold.
+    /// Null when the table is held already.
+    std::shared_ptr<void> Hold();
 
     const Header &GetHeader() const { return m_header; }
     const CodePage &GetCodePage() const { return m_codePage; }
@@ -83,6 +90,8 @@ class Table final : public sql::Table, private IdleTable, private MemoSource {
     void Release() override;
     bool BeginOnFile(sql::Access access);
     bool BeginAgain(sql::Access access);
+    void StartStatement();
+    void EndHold(unsigned number) noexcept;
     bool LockFor(sql::Access access);
     void RequireWritable(sql::Access access) const;
     bool IsReplaced(const FileInfo &info) const;
@@ -137,6 +146,9 @@ class Table final : public sql::Table, private IdleTable, private MemoSource {
     int m_depth = 0;
     bool m_writing = false;
     bool m_exclusive = false;
+    /// The running hold, which counts as a statement around others; 0 is none.
+    unsigned m_hold = 0;
+    unsigned m_lastHold = 0;
 
     /// Around the cursor.
     RowWindow m_window;

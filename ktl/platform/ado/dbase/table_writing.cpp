@@ -180,7 +180,7 @@ void Table::Commit() {
     if (m_newRowCount > 0) WriteCount();
     m_newRowCount = m_flushedRows = 0;
     m_changes->fetch_add(1, std::memory_order_acq_rel);
-    m_stamp = StampOf(m_file.Stat());
+    if (m_hold == 0) m_stamp = StampOf(m_file.Stat());
     m_committed = true;
 }
 

@@ -38,6 +38,15 @@ RecordsetRef StatementConnection::OpenSchema(int schema) {
     return MakeTableSchema(m_store->ListTables());
 }
 
+std::shared_ptr<void> StatementConnection::HoldTable(const CString &table) {
+    RequireOpen();
+    try {
+        return m_store->HoldTable(table);
+    } catch (const Error &) {
+        return nullptr;
+    }
+}
+
 void StatementConnection::Close() {
     if (!m_store) return;
     m_executor.reset();

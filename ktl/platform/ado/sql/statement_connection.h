@@ -18,6 +18,7 @@ class StatementConnection final : public Connection {
     RecordsetRef OpenRecordset(const CString &statement, bool clientCursor) override;
     void ReadPages(const CString &statement, const std::function<bool(const RecordsetRef &page)> &use) override;
     RecordsetRef OpenSchema(int schema) override;
+    std::shared_ptr<void> HoldTable(const CString &table) override;
     void Close() override;
     bool IsOpen() const override { return m_store != nullptr; }
 

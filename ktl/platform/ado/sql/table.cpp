@@ -70,4 +70,8 @@ void Store::UseTable(const CString &name, bool) {
 
 void Store::CloseTable(const CString &) {}
 
+std::shared_ptr<void> Store::HoldTable(const CString &) {
+    return nullptr;
+}
+
 }  // namespace ktl::ado::sql

@@ -106,6 +106,8 @@ class Store {
     virtual void UseTable(const CString &name, bool exclusive);
     /// Lets go of a table's files; harmless when it is not open. An empty name: of all.
     virtual void CloseTable(const CString &name);
+    /// See `Connection::HoldTable`; throws Error when the table cannot be had. The base class answers null.
+    virtual std::shared_ptr<void> HoldTable(const CString &name);
 };
 
 /// A rehearsal that ends with its scope.

@@ -167,6 +167,19 @@ void UpdateKtl(benchmark::State &state) {
     state.SetItemsProcessed(state.iterations() * kKeys);
 }
 
+/// The same rows in one call.
+void UpdateTogetherKtl(benchmark::State &state) {
+    CTable_Local_dbf &table = FullTable();
+    CArray<int, int> shapes;
+    CArray<int, int> isNew;
+    for (const int key : Keys()) {
+        shapes.Add(key);
+        isNew.Add(0);
+    }
+    for (auto _ : state) table.UpdatePropertyValue(shapes, isNew, "people", "77");
+    state.SetItemsProcessed(state.iterations() * kKeys);
+}
+
 void UpdateSqlite(benchmark::State &state) {
     sqlite3_stmt *update = FullSqlite().Prepare("UPDATE w001 SET people=? WHERE ShapeID=?");
     for (auto _ : state) {
@@ -262,6 +275,8 @@ BENCHMARK(SaveAgainKtl)->Name("save_200k_nothing_new")->Unit(benchmark::kMillise
 BENCHMARK(SaveSqlite)->Name("save_200k/sqlite_append_only")->Unit(benchmark::kMillisecond);
 BENCHMARK(SaveOgr)->Name("save_200k/ogr_append_only")->Unit(benchmark::kMillisecond);
 BENCHMARK(UpdateKtl)->Name("update_property_10k/ktl")->Unit(benchmark::kMillisecond);
+BENCHMARK(UpdateTogetherKtl)->Name("update_property_10k_together/ktl")->Unit(benchmark::kMillisecond);
+BENCHMARK(UpdateSqlite)->Name("update_property_10k_together/sqlite")->Unit(benchmark::kMillisecond);
 BENCHMARK(UpdateSqlite)->Name("update_property_10k/sqlite")->Unit(benchmark::kMillisecond);
 BENCHMARK(RowKtl)->Name("shape_property_10k/ktl")->Unit(benchmark::kMillisecond);
 BENCHMARK(RowSqlite)->Name("shape_property_10k/sqlite")->Unit(benchmark::kMillisecond);

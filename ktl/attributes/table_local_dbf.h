@@ -67,6 +67,7 @@ class KTL_API CTable_Local_dbf : public CTable_Local {
 
   private:
     int Execute(const CString &sql);
+    std::shared_ptr<void> Hold(const CString &table) const;
     CString PathOf(const CString &table) const;
     int CloseWorkArea();
 

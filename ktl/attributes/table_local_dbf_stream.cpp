@@ -135,8 +135,7 @@ void CTable_Local_dbf::SaveNewRecord(CString table) {
     try {
         if (GetTableFields() == nullptr) throw CInvalidArgException();
         CString head;
-        // A row's statement costs less than half as much when the table is locked once for all.
-        const std::shared_ptr<void> hold = pAdo->GetConnection() ? pAdo->GetConnection()->HoldTable(table) : nullptr;
+        const std::shared_ptr<void> hold = Hold(table);
         head.Format("Insert Into [%s] (%s) Values (", table.GetString(), NameList(*pFields).GetString());
         for (const CRecord *record : arrNewRecords) {
             if (record->bDeleted == 1) continue;

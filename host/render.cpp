@@ -8,9 +8,9 @@
 
 #include "host/error.h"
 #include "host/image_format.h"
-#include "host/output_files.h"
 #include "host/render_window.h"
 #include "host/side_files.h"
+#include "host/staged_files.h"
 #include "ktl/imaging/bitmap_tools.h"
 #include "ktl/platform/gdiplus/gdiplus.h"
 #include "ktl/webmap/map_type.h"
@@ -139,15 +139,18 @@ std::string Encoded(Gdiplus::Bitmap &picture, const std::string &path) {
 }
 
 void WriteFiles(RenderWindow &window, const RenderOptions &options, const Map &map, RenderResult &result) {
-    OutputFiles files;
-    files.Add(options.output, Encoded(*window.GetPicture(), options.output));
+    StagedFiles files(options.output, true);
+    const auto add = [&](const std::string &path, std::string_view bytes) {
+        files.Write(path, bytes);
+        result.files.push_back(path);
+    };
+    add(options.output, Encoded(*window.GetPicture(), options.output));
     if (options.georeference) {
         const PlacedPicture picture = {options.output, options.width, options.height, window.GetCurDataExtent(),
                                        map.units,      map.type};
-        for (const SideFile &side : MakeSideFiles(picture)) files.Add(side.path, side.bytes);
+        for (const SideFile &side : MakeSideFiles(picture)) add(side.path, side.bytes);
     }
     files.Commit();
-    result.files = files.Names();
 }
 
 }  // namespace

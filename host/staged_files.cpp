@@ -22,6 +22,37 @@ namespace fs = std::filesystem;
     throw Error("cannot write '" + path + "': " + std::strerror(error));
 }
 
+class Descriptor {
+  public:
+    explicit Descriptor(int fd) : m_fd(fd) {}
+    Descriptor(const Descriptor &) = delete;
+    Descriptor &operator=(const Descriptor &) = delete;
+    ~Descriptor() { Close(); }
+
+    int Get() const { return m_fd; }
+    bool Close() {
+        const int fd = m_fd;
+        m_fd = -1;
+        return fd < 0 || close(fd) == 0;
+    }
+
+  private:
+    int m_fd;
+};
+
+void WriteAll(const Descriptor &file, std::string_view bytes, const std::string &path) {
+    while (!bytes.empty()) {
+        const ssize_t written = write(file.Get(), bytes.data(), bytes.size());
+        if (written < 0 && errno == EINTR) continue;
+        if (written < 0) Fail(path, errno);
+        bytes.remove_prefix(static_cast<std::size_t>(written));
+    }
+}
+
+void Flush(const Descriptor &file, const std::string &path) {
+    if (fsync(file.Get()) != 0 && errno != EINVAL && errno != EROFS) Fail(path, errno);
+}
+
 fs::path ParentOf(const std::string &path) {
     const fs::path parent = fs::path(path).parent_path();
     return parent.empty() ? fs::path(".") : parent;
@@ -95,13 +126,20 @@ std::vector<std::string> StagedFiles::FilesInOrder() const {
     return names;
 }
 
-void StagedFiles::Flush(const std::vector<std::string> &names) const {
+void StagedFiles::Write(const std::string &path, std::string_view bytes) const {
+    const fs::path part = m_folder / fs::path(path).filename();
+    Descriptor file(open(part.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+    if (file.Get() < 0) Fail(path, errno);
+    WriteAll(file, bytes, path);
+    Flush(file, path);
+    if (!file.Close()) Fail(path, errno);
+}
+
+void StagedFiles::FlushAll(const std::vector<std::string> &names) const {
     for (const std::string &name : names) {
-        const int file = open((fs::path(m_folder) / name).c_str(), O_RDONLY | O_CLOEXEC);
-        if (file < 0) Fail(m_target, errno);
-        const int error = fsync(file) == 0 ? 0 : errno;
-        close(file);
-        if (error != 0 && error != EINVAL && error != EROFS) Fail(m_target, error);
+        const Descriptor file(open((fs::path(m_folder) / name).c_str(), O_RDONLY | O_CLOEXEC));
+        if (file.Get() < 0) Fail(m_target, errno);
+        Flush(file, m_target);
     }
 }
 
@@ -138,7 +176,7 @@ void StagedFiles::Commit() {
     try {
         CheckTarget();
         const std::vector<std::string> names = FilesInOrder();
-        Flush(names);
+        FlushAll(names);
         for (const std::string &name : names) Place(name);
         if (m_overwrite) RemoveOldCompanions(m_target, names);
         m_done.clear();

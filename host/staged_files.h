@@ -1,13 +1,14 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace ktl::host {
 
-/// The files of a dataset that take their places together or not at all. They are made in a folder beside the target
-/// and renamed from there; what was there stays until then, and for good where anything fails. The folder goes with the
-/// object. Names and messages are UTF-8; failures throw `Error`.
+/// The files of a dataset, or a picture with its side files, that take their places together or not at all. They are
+/// made in a folder beside the target and renamed from there; what was there stays until then, and for good where
+/// anything fails. The folder goes with the object. Names and messages are UTF-8; failures throw `Error`.
 ///
 ///     StagedFiles files("out/roads.tab", true);
 ///     Write(files.Path());
@@ -24,6 +25,8 @@ class StagedFiles {
     const std::string &Folder() const { return m_folder; }
     /// The target's own name in it.
     std::string Path() const;
+    /// Makes one of the files from its bytes, flushed; `path` is its place behind `Commit`, beside the target.
+    void Write(const std::string &path, std::string_view bytes) const;
     /// Moves all that is in the folder, the target last, and removes the files that belonged to an older target and
     /// that the new one lacks, since they would be taken for its own.
     void Commit();
@@ -35,7 +38,7 @@ class StagedFiles {
     };
     void CheckTarget() const;
     std::vector<std::string> FilesInOrder() const;
-    void Flush(const std::vector<std::string> &names) const;
+    void FlushAll(const std::vector<std::string> &names) const;
     void Place(const std::string &name);
     void Undo();
 

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include "host/error.h"
-#include "host/staged_files.h"
 #include "tests/host/table_fixture.h"
 
 namespace {
@@ -72,26 +71,6 @@ TEST_F(TableExport, AFailureLeavesWhatWasThere) {
     m_folder.Write("out.csvt", "Date");
     ExportRows({source, ""}, {m_folder.Path("out.csv"), true});
     EXPECT_EQ(Text(m_folder.Path("out.csv")), "n text|\n1|\n2|\n");
-}
-
-TEST_F(TableExport, FilesOfADatasetTakeTheirPlacesTogether) {
-    const auto stage = [&](bool overwrite) {
-        StagedFiles files(m_folder.Path("a.tab"), overwrite);
-        for (const char *name : {"/a.dat", "/a.id", "/a.tab"}) std::ofstream(files.Folder() + name) << "new";
-        files.Commit();
-    };
-    m_folder.Write("a.tab", "old");
-    m_folder.Write("a.dat", "old");
-    std::filesystem::create_directories(m_folder.Path("a.id/kept"));
-    EXPECT_THROW(stage(false), Error);
-    EXPECT_THROW(stage(true), Error) << "a directory is in the way";
-    EXPECT_EQ(m_folder.Read("a.tab") + m_folder.Read("a.dat"), "oldold");
-    EXPECT_TRUE(std::filesystem::exists(m_folder.Path("a.id/kept")));
-    EXPECT_EQ(m_folder.Count(), 3);
-    std::filesystem::remove_all(m_folder.Path("a.id"));
-    stage(true);
-    EXPECT_EQ(m_folder.Read("a.tab") + m_folder.Read("a.dat") + m_folder.Read("a.id"), "newnewnew");
-    EXPECT_EQ(m_folder.Count(), 3);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "host/output_files.h"
+#include "host/staged_files.h"
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -11,40 +11,36 @@
 namespace {
 
 using ktl::host::Error;
-using ktl::host::OutputFiles;
+using ktl::host::StagedFiles;
 
-TEST(OutputFiles, NothingAppearsBeforeCommitAndAllAfterIt) {
+TEST(StagedFiles, FilesTakeTheirPlacesTogether) {
     const ScratchFolder folder;
-    folder.Write("b", "old");
-    OutputFiles files;
-    files.Add(folder.Path("a"), "first");
-    files.Add(folder.Path("b"), "second");
-    EXPECT_EQ(folder.Read("b"), "old");
-    EXPECT_FALSE(std::filesystem::exists(folder.Path("a")));
-    files.Commit();
-    EXPECT_EQ(folder.Read("a"), "first");
-    EXPECT_EQ(folder.Read("b"), "second");
-    EXPECT_EQ(folder.Count(), 2);
+    const auto stage = [&](bool overwrite, bool commit = true) {
+        StagedFiles files(folder.Path("a.tab"), overwrite);
+        for (const char *name : {"a.tab", "a.dat", "a.id"}) files.Write(folder.Path(name), "new");
+        if (commit) files.Commit();
+    };
+    const auto texts = [&] { return folder.Read("a.tab") + folder.Read("a.dat"); };
+    folder.Write("a.tab", "old");
+    folder.Write("a.dat", "old");
+    std::filesystem::create_directories(folder.Path("a.id/kept"));
+    stage(true, false);
+    EXPECT_THROW(stage(false), Error);
+    EXPECT_THROW(stage(true), Error) << "a directory is in the way";
+    EXPECT_EQ(texts(), "oldold");
+    EXPECT_TRUE(std::filesystem::exists(folder.Path("a.id/kept")));
+    EXPECT_EQ(folder.Count(), 3);
+    std::filesystem::remove_all(folder.Path("a.id"));
+    stage(true);
+    EXPECT_EQ(texts() + folder.Read("a.id"), "newnewnew");
+    EXPECT_EQ(folder.Count(), 3);
 }
 
-TEST(OutputFiles, WhatIsNotCommittedIsRemoved) {
-    const ScratchFolder folder;
-    folder.Write("a", "old");
-    {
-        OutputFiles files;
-        files.Add(folder.Path("a"), "new");
-        EXPECT_EQ(folder.Count(), 2);
-    }
-    EXPECT_EQ(folder.Count(), 1);
-    EXPECT_EQ(folder.Read("a"), "old");
-}
-
-TEST(OutputFiles, AFailedWriteSaysWhichFileAndWhy) {
+TEST(StagedFiles, AFailedWriteSaysWhichFileAndWhy) {
     const ScratchFolder folder;
     const auto errorOf = [&](const std::string &name, const std::string &bytes) -> std::string {
         try {
-            OutputFiles files;
-            files.Add(folder.Path(name), bytes);
+            StagedFiles(folder.Path(name), true).Write(folder.Path(name), bytes);
         } catch (const Error &error) {
             return error.what();
         }

@@ -24,7 +24,7 @@ namespace ktl::ado::dbase {
 /// A statement's writes reach the files before it ends, in the order memo text, memo header, rows, row count, so that
 /// a process that is killed leaves at most rows that the count does not tell of. Nothing of the rows is remembered
 /// from one statement to the next but the indexes, and these only while the file's change time says that nobody else
-/// wrote. Locks cover one statement.
+/// wrote. Locks cover one statement, or all those of a hold.
 class Table final : public sql::Table,
                     public std::enable_shared_from_this<Table>,
                     private IdleTable,

@@ -124,7 +124,9 @@ TEST_F(ShapeDrawTest, AnAreaIsFilledAndOutlinedThreeWide) {
     for (const int x : {23, 67}) EXPECT_EQ(canvas.At(x, 60), kWhite) << x;
     EXPECT_EQ(canvas.CountPainted(), 43 * 43);
     area.State = true;
-    EXPECT_EQ(Drawn(area, legend).At(40, 60), 0xFFFF7F7FU);
+    const Drawn hovered(area, legend);
+    EXPECT_EQ(hovered.At(40, 60), 0xFFFF7F7FU);
+    EXPECT_EQ(hovered.At(20, 60), 0xFF7F7FFFU);
 }
 
 TEST_F(ShapeDrawTest, LineStylesDrawACasingUnderTheCore) {

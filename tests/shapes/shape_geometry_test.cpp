@@ -3,6 +3,7 @@
 #include <cmath>
 #include <memory>
 #include <random>
+#include <tuple>
 
 #include "ktl/shapes/shape_factory.h"
 #include "ktl/shapes/shape_point.h"
@@ -185,56 +186,40 @@ TEST(ShapeGeometry, ARingIsClosedWhenItsEndsAreEqualToTheLastBit) {
 }
 
 TEST(ShapeGeometry, SnappingTakesTheFirstVertexWithinASquare) {
-    struct Case {
-        const char *point;
-        double tolerance;
-        const char *snapped;
-    };
-    const Case cases[] = {
-        {"0.9 -0.9", 1, "0 0"}, {"1 0", 1, "1.5 0"},     {"1.4 0", 1.5, "0 0"},
-        {"9 9.5", 0.6, "9 9"},  {"9 9.5", 0.5, "-7 -7"},
-    };
     CShape_Polyline line = Line("0 0, 1.5 0, 9 9");
     CShape_Polygon area = Area("0 0, 1.5 0, 9 9");
-    for (const Case &c : cases) {
-        for (CShape *shape : {static_cast<CShape *>(&line), static_cast<CShape *>(&area)}) {
-            std::vector<POINTD> snapped = {CPointD(-7, -7)};
-            EXPECT_EQ(shape->GetSnapPoint(Points(c.point)[0], snapped[0], c.tolerance), *c.snapped != '-') << c.point;
-            EXPECT_EQ(TextOf(snapped), c.snapped) << c.point;
-        }
-    }
-    POINTD snapped;
-    EXPECT_EQ(Line("0 0, 1 0").GetSnapPoint(CPointD(0, 0), snapped, 1), 0);
-    EXPECT_EQ(Area("0 0, 1 0").GetSnapPoint(CPointD(0, 0), snapped, 1), 1);
+    CShape_Polyline shortLine = Line("0 0, 1 0");
+    CShape_Polygon shortArea = Area("0 0, 1 0");
     CShape_Point point;
     point.SetPoint(2, 3);
-    EXPECT_EQ(point.GetSnapPoint(CPointD(2.5, 2.6), snapped, 0.5), 0);
-    EXPECT_EQ(point.GetSnapPoint(CPointD(2.4, 2.6), snapped, 0.5), 1);
-    EXPECT_EQ(snapped.y, 3);
+    const std::tuple<CShape *, const char *, double, const char *> cases[] = {
+        {&line, "0.9 -0.9", 1, "0 0"},   {&line, "1 0", 1, "1.5 0"},        {&line, "1.4 0", 1.5, "0 0"},
+        {&area, "9 9.5", 0.6, "9 9"},    {&area, "9 9.5", 0.5, "-7 -7"},    {&shortLine, "0 0", 1, "-7 -7"},
+        {&shortArea, "0.5 0", 1, "0 0"}, {&point, "2.5 2.6", 0.5, "-7 -7"}, {&point, "2.4 2.6", 0.5, "2 3"},
+    };
+    for (const auto &[shape, from, tolerance, to] : cases) {
+        std::vector<POINTD> snapped = {CPointD(-7, -7)};
+        EXPECT_EQ(shape->GetSnapPoint(Points(from)[0], snapped[0], tolerance), *to != '-') << from;
+        EXPECT_EQ(TextOf(snapped), to) << from;
+    }
 }
 
 TEST(ShapeGeometry, TheNodeInHandComesWithItsNeighbours) {
-    struct Case {
-        CShape *shape;
-        const char *point;
-        int index;
-        const char *points;
-    };
     CShape_Polyline line = Line("0 0, 1 0, 9 9");
     CShape_Polygon area = Area("0 0, 1 0, 9 9");
     CShape_Point point;
     point.SetPoint(5, 5);
-    const Case cases[] = {
+    const std::tuple<CShape *, const char *, int, const char *> cases[] = {
         {&line, "0 0", 0, "0 0, 1 0"},     {&line, "1 0.00000000005", 1, "1 0, 0 0, 9 9"},
         {&line, "1 0.0000000002", -1, ""}, {&area, "9 9", 2, "9 9, 1 0"},
         {&point, "5 5", 0, "5 5"},
     };
-    for (const Case &c : cases) {
+    for (const auto &[shape, from, node, taken] : cases) {
         int index = -1;
         CArray<POINTD, POINTD> points;
-        EXPECT_EQ(c.shape->GetMovePoint(Points(c.point)[0], index, points), c.index >= 0) << c.point;
-        EXPECT_EQ(index, c.index) << c.point;
-        EXPECT_EQ(TextOf(points), c.points) << c.point;
+        EXPECT_EQ(shape->GetMovePoint(Points(from)[0], index, points), node >= 0) << from;
+        EXPECT_EQ(index, node) << from;
+        EXPECT_EQ(TextOf(points), taken) << from;
     }
 }
 

@@ -426,6 +426,10 @@ TEST(Sharing, AHeldTableIsClosedToOthersAndWrittenThrough) {
             EXPECT_EQ(file.get(), i) << "the count in the file";
         }
         EXPECT_NE(others.Fault("Insert Into t (ID) Values (9)"), "");
+        // What one statement may read of the memo file is not what all of them may.
+        tables.Run("Update t Set m='" + std::string(1U << 20U, 'm') + "' Where ShapeID=1");
+        for (int i = 0; i < 40; ++i) EXPECT_EQ(tables.Fault("Select m From t"), "");
+        tables.Run("Update t Set m='memo' Where ShapeID=1");
     }
     EXPECT_EQ(others.Run("Insert Into t Values (4,4,'other')"), 1);
     EXPECT_EQ(tables.Rows("Select ID,m From t"), "1|memo\n2|memo\n3|memo\n4|other\n");

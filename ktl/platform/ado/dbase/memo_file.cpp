@@ -34,6 +34,10 @@ MemoFile::MemoFile(const std::string &systemPath, MemoKind kind) : m_kind(kind) 
 
 void MemoFile::BeginStatement() {
     m_size = m_file.Stat().size;
+    RenewBudget();
+}
+
+void MemoFile::RenewBudget() {
     m_budget = kFreeBudget + m_size * kBudgetFactor;
 }
 

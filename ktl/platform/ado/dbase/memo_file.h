@@ -23,6 +23,8 @@ class MemoFile {
     bool IsCurrent() const { return m_file.Stat().links > 0; }
     /// To be called before a statement's reads: others may have added to the file.
     void BeginStatement();
+    /// The same for a statement that nobody else can have written before.
+    void RenewBudget();
 
     /// The text or bytes of a block into `value`; a block that runs past the end gives what is there, and one outside
     /// the file nothing (false). Throws Error when a statement reads far more than the file holds, which only

@@ -104,6 +104,7 @@ bool Table::BeginAgain(sql::Access access) {
 
 void Table::StartStatement() {
     m_committed = true;
+    if (m_memoReady && m_memo) m_memo->RenewBudget();
     for (KeyColumn &key : m_keys) key.changes = 0;
 }
 

@@ -1,6 +1,7 @@
 #include "host/dbf_writer.h"
 
 #include <filesystem>
+#include <memory>
 
 #include "host/error.h"
 #include "host/gbk_path.h"
@@ -55,6 +56,7 @@ class FileFiller {
         for (const PlannedColumn &column : plan.columns)
             columns += "[" + column.name + "] " + Definition(column, purpose) + ",";
         Execute(CString("Create Table ") + kName + " (" + columns.TrimRight(',') + ")");
+        m_hold = m_connection->HoldTable(kName);
     }
 
     void Take(const TableRow &row) {
@@ -69,7 +71,10 @@ class FileFiller {
         Execute(CString(m_sql));
         ++m_report.rows;
     }
-    void Close() { m_connection->Close(); }
+    void Close() {
+        m_hold.reset();
+        m_connection->Close();
+    }
 
   private:
     void Execute(const CString &sql) {
@@ -99,6 +104,8 @@ class FileFiller {
     TablePurpose m_purpose;
     TableReport &m_report;
     ado::ConnectionRef m_connection;
+    /// The table is this run's alone, and each row's statement cheaper.
+    std::shared_ptr<void> m_hold;
     std::string m_sql;
 };
 

@@ -8,6 +8,7 @@
 #include <future>
 #include <iterator>
 #include <limits>
+#include <tuple>
 #include <utility>
 
 #include "ktl/overlays/shape_operate_snap.h"
@@ -143,20 +144,20 @@ TEST_F(MapWnd, FreeZoomKeepsTheWholeExtentAndEndsForEveryRatio) {
     view.ZoomToExtent(CExtent(-1, -0.5, 1, 0.5));
     EXPECT_EQ(view.GetRatio(), 400.0);
     EXPECT_EQ(view.m_nLevel, 1);
-    const struct {
-        CExtent wish;
-        int level;
-    } cases[] = {
+    // Half the square a little over 200 pixels; close; infinite, which halves down to nothing; negative; no number; 0;
+    // without a width, so that the height decides.
+    const std::pair<CExtent, int> cases[] = {
+        {{0, 0, 1, 0.9975}, 2},
         {{0, 0, 0x1p-40, 0x1p-40}, 41},
-        {{0.25, 0.25, 0.25, 0.25}, 1075},  // infinite: halves down to nothing
-        {{0.5, 0.5, -0.5, -0.5}, 1075},    // negative
+        {{0.25, 0.25, 0.25, 0.25}, 1075},
+        {{0.5, 0.5, -0.5, -0.5}, 1075},
         {{kNaN, kNaN, kNaN, kNaN}, 1},
         {{-kInfinity, -kInfinity, kInfinity, kInfinity}, 1},
-        {{0, 0, 0, 0.5}, 2},  // no width: the height decides
+        {{0, 0, 0, 0.5}, 2},
     };
-    for (const auto &c : cases) {
-        view.ZoomToExtent(c.wish);
-        EXPECT_EQ(view.m_nLevel, c.level) << c.wish.left;
+    for (const auto &[wish, level] : cases) {
+        view.ZoomToExtent(wish);
+        EXPECT_EQ(view.m_nLevel, level) << wish.left;
     }
 }
 
@@ -187,23 +188,22 @@ TEST_F(MapWnd, ConversionsCutTowardZero) {
     View view(400, 200);
     view.m_extent = CExtent(10, 20, 14, 22);
     view.m_dRatio = 100.0;
-    const struct {
-        double wx, wy;
-        int cx, cy;
-    } cases[] = {{10, 22, 0, 0},        {14, 20, 400, 200},       {10.019, 21.981, 1, 1},
-                 {9.995, 22.005, 0, 0}, {9.981, 22.0191, -1, -1}, {kNaN, kInfinity, 0, INT_MIN}};
-    for (const auto &c : cases) {
-        EXPECT_EQ(view.World2Client(POINTD(c.wx, c.wy)), CPoint(c.cx, c.cy)) << c.wx << ' ' << c.wy;
+    const std::tuple<double, double, int, int> cases[] = {
+        {10, 22, 0, 0},        {14, 20, 400, 200},       {10.019, 21.981, 1, 1},
+        {9.995, 22.005, 0, 0}, {9.981, 22.0191, -1, -1}, {kNaN, kInfinity, 0, INT_MIN},
+    };
+    for (const auto &[x, y, cx, cy] : cases) {
+        EXPECT_EQ(view.World2Client(POINTD(x, y)), CPoint(cx, cy)) << x << ' ' << y;
     }
-    EXPECT_TRUE(CPointD(-50, -100) == view.World2ClientF(POINTD(9.5, 23)));
     EXPECT_TRUE(CPointD(11, 21.5) == view.Client2World(CPoint(100, 50)));
     EXPECT_EQ(view.Client2WorldF(POINTD(0.5, 0)).x, 0.5 / 100.0 + 10);
     ExpectExtent(view.Client2World(CRect(0, 0, 200, 100)), {10, 21, 12, 22});
     EXPECT_EQ(view.Client2World(50.0), 0.5);
     EXPECT_EQ(view.World2Client(0.255), 0.255 * 100.0);
 
-    // The extent's own height counts here, not the window's.
+    // A place is counted from the window's height, but an extent from the shown extent's own.
     view.m_extent.top = 23;
+    EXPECT_TRUE(CPointD(-50, -100) == view.World2ClientF(POINTD(9.5, 23)));
     CExtent extent(10, 20, 11, 21);
     view.World2Client(extent);
     ExpectExtent(extent, {0, 200, 100, 300});
@@ -212,11 +212,15 @@ TEST_F(MapWnd, ConversionsCutTowardZero) {
 TEST_F(MapWnd, GoodPointsLieInTheSquareWhateverTheMapType) {
     View view(100, 100);
     view.m_nMapType = kWgsMap;
-    const struct {
-        double x, y;
-        int good;
-    } cases[] = {{0.5, -0.5, 1}, {-0.5, 0.5, 1}, {0.6, 0, 0}, {0, -0.6, 0}, {0, 0.6, 0}, {-0.6, 0, 0}, {kNaN, 0, 0}};
-    for (const auto &c : cases) EXPECT_EQ(view.InvalidPoint(POINTD(c.x, c.y)), c.good) << c.x << ' ' << c.y;
+    for (const auto &[x, y, good] : {std::tuple{0.5, -0.5, 1},
+                                     {-0.5, 0.5, 1},
+                                     {0.6, 0.0, 0},
+                                     {0.0, -0.6, 0},
+                                     {0.0, 0.6, 0},
+                                     {-0.6, 0.0, 0},
+                                     {kNaN, 0.0, 0}}) {
+        EXPECT_EQ(view.InvalidPoint(POINTD(x, y)), good) << x << ' ' << y;
+    }
     view.m_extent = CExtent(0, 0, 1, 1);
     view.m_dRatio = 100.0;
     EXPECT_EQ(view.InvalidPoint(CPoint(50, 50)), 1);
@@ -247,45 +251,45 @@ TEST_F(MapWnd, PageIsPaintedUpToLevel16WithThePreviousView) {
     View view(100, 100);
     view.m_extent = CExtent(-1, -1, 1, 1);
     view.m_dRatio = 50.0;
-    const struct {
-        int show, level;
-        bool page;
-    } cases[] = {{1, 0, true}, {1, 16, true}, {1, 17, false}, {0, 3, false}, {2, 3, false}};
-    for (const auto &c : cases) {
-        SCOPED_TRACE(testing::Message() << c.show << ' ' << c.level);
+    const std::tuple<int, int, Gdiplus::ARGB> probes[] = {
+        {0, 0, kDesk},     {124, 140, kDesk},  {125, 140, kBlack}, {126, 140, kBack},
+        {174, 174, kBack}, {175, 130, kBlack}, {130, 125, kBlack}, {130, 175, kBlack},
+        {176, 126, kDesk}, {177, 177, kBlack}, {178, 178, kDesk},  {299, 299, kDesk},
+    };
+    for (const auto &[show, level, hasPage] :
+         {std::tuple{1, 0, true}, {1, 16, true}, {1, 17, false}, {0, 3, false}, {2, 3, false}}) {
+        SCOPED_TRACE(testing::Message() << show << ' ' << level);
         view.Getpgs()->Clear(Gdiplus::Color(255, 0, 0, 255));
         view.Getpgs9()->Clear(Gdiplus::Color(255, 0, 0, 255));
-        view.EMShowWorkArea(c.show);
-        view.m_nLevel = static_cast<short>(c.level);
+        view.EMShowWorkArea(show);
+        view.m_nLevel = static_cast<short>(level);
         view.ClearBack();
-        EXPECT_EQ(view.Pixel(50, 50), c.page ? kDesk : 0xFF0000FF);
-        const struct {
-            int x, y;
-            Gdiplus::ARGB color;
-        } probes[] = {{0, 0, kDesk},     {124, 140, kDesk},  {125, 140, kBlack}, {126, 140, kBack},
-                      {174, 174, kBack}, {175, 130, kBlack}, {130, 125, kBlack}, {130, 175, kBlack},
-                      {176, 126, kDesk}, {177, 177, kBlack}, {178, 178, kDesk},  {299, 299, kDesk}};
-        for (const auto &p : probes) EXPECT_EQ(view.Pixel9(p.x, p.y), c.page ? p.color : kBack) << p.x << ' ' << p.y;
+        EXPECT_EQ(view.Pixel(50, 50), hasPage ? kDesk : 0xFF0000FF);
+        for (const auto &[x, y, color] : probes) EXPECT_EQ(view.Pixel9(x, y), hasPage ? color : kBack) << x << ' ' << y;
     }
     // A zoom paints the page where it was before.
     view.EMShowWorkArea(1);
-    view.m_nLevel = 3;
-    view.ZoomToExtent(CExtent(0.2, 0.2, 0.3, 0.3));
-    EXPECT_EQ(view.Pixel9(125, 140), kBlack);
+    for (const int fixWidth : {256, 0}) {
+        view.Getpgs9()->Clear(Gdiplus::Color(255, 0, 0, 255));
+        view.m_extent = CExtent(-1, -1, 1, 1);
+        view.m_dRatio = 50.0;
+        view.m_nLevel = 3;
+        view.m_nFixWidth = fixWidth;
+        view.ZoomToExtent(CExtent(0.2, 0.2, 0.3, 0.3));
+        EXPECT_EQ(view.Pixel9(125, 140), kBlack) << fixWidth;
+    }
 }
 
 TEST_F(MapWnd, OffsetIsAbsoluteAndHeldWithinOneWindowAndFixWidthIn8To256) {
-    const struct {
-        int dx, dy, x, y, paints;
-    } cases[] = {
+    const int cases[][5] = {
         {5000, 0, 800, 0, 1}, {-5000, 3, -800, 3, 1}, {7, -5000, 7, -600, 1}, {0, 0, 0, 0, 0}, {10, 5000, 10, 600, 1}};
     View view(800, 600);
     const CExtent shown = view.m_extent;
-    for (const auto &c : cases) {
+    for (const auto &[dx, dy, x, y, paints] : cases) {
         view.peer = Peer();
-        view.Offset(c.dx, c.dy);
-        EXPECT_TRUE(view.m_nOffsetX == c.x && view.m_nOffsetY == c.y) << c.dx << ' ' << c.dy;
-        EXPECT_TRUE(view.peer.erasing == c.paints && view.peer.plain == 0) << c.dx << ' ' << c.dy;
+        view.Offset(dx, dy);
+        EXPECT_TRUE(view.m_nOffsetX == x && view.m_nOffsetY == y) << dx << ' ' << dy;
+        EXPECT_TRUE(view.peer.erasing == paints && view.peer.plain == 0) << dx << ' ' << dy;
     }
     EXPECT_TRUE(view.m_extent == shown);
     for (const auto &[given, kept] : {std::pair{-1, 8}, {8, 8}, {100, 100}, {256, 256}, {300, 256}}) {

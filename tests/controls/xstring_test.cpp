@@ -27,16 +27,14 @@ TEST(XString, VersionsChooseTheirLayout) {
         int calls200 = 0;
         int calls201 = 0;
     };
-    struct Case {
-        int version, answer, calls200, calls201;
-    };
-    for (const Case &c : {Case{200, 1, 1, 0}, {201, 1, 0, 1}, {206, 1, 0, 1}, {0, 0, 0, 0}, {199, 0, 0, 0}}) {
+    const int cases[][4] = {{200, 1, 1, 0}, {201, 1, 0, 1}, {206, 1, 0, 1}, {0, 0, 0, 0}, {199, 0, 0, 0}};
+    for (const auto &[version, expected, calls200, calls201] : cases) {
         Derived text;
         int answer = -1;
-        Stored(text, c.version, answer);
-        EXPECT_TRUE(answer == c.answer && text.calls200 == c.calls200 && text.calls201 == c.calls201) << c.version;
+        Stored(text, version, answer);
+        EXPECT_TRUE(answer == expected && text.calls200 == calls200 && text.calls201 == calls201) << version;
         CXString plain("name");
-        EXPECT_EQ(Stored(plain, c.version, answer).empty(), c.calls200 == 0) << c.version;
+        EXPECT_EQ(Stored(plain, version, answer).empty(), calls200 == 0) << version;
     }
 }
 

@@ -3,22 +3,21 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <tuple>
 
 TEST(Transform, CutsTowardZero) {
     const CExtent view(0, 0, 100, 50);
-    struct Case {
-        double x, y;
-        int cx, cy;
-    };
     // Ratio 1: the client y is 50 - y.
-    const Case cases[] = {{0, 50, 0, 0},     {100, 0, 100, 50},     {-0.9, 50.9, 0, 0}, {-1.9, 51.9, -1, -1},
-                          {0.9, 49.1, 0, 0}, {99.99, 0.01, 99, 49}, {1.9, 48.1, 1, 1}};
-    for (const Case &c : cases) {
-        EXPECT_EQ(World2Client(view, 1.0, POINTD(c.x, c.y)), Gdiplus::Point(c.cx, c.cy)) << c.x << " " << c.y;
+    const std::tuple<double, double, int, int> cases[] = {
+        {0, 50, 0, 0},     {100, 0, 100, 50},     {-0.9, 50.9, 0, 0}, {-1.9, 51.9, -1, -1},
+        {0.9, 49.1, 0, 0}, {99.99, 0.01, 99, 49}, {1.9, 48.1, 1, 1},
+    };
+    for (const auto &[x, y, column, row] : cases) {
+        EXPECT_EQ(World2Client(view, 1.0, POINTD(x, y)), Gdiplus::Point(column, row)) << x << " " << y;
         int cx = 77;
         int cy = 77;
-        World2Client(view, 1.0, c.x, c.y, cx, cy);
-        EXPECT_TRUE(cx == c.cx && cy == c.cy) << c.x << " " << c.y;
+        World2Client(view, 1.0, x, y, cx, cy);
+        EXPECT_TRUE(cx == column && cy == row) << x << " " << y;
     }
     EXPECT_EQ(World2Client(-2.99, 10.0), -29);
 }

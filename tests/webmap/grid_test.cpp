@@ -37,22 +37,25 @@ TEST(Level, IsTheFirstWithATileNoWiderThanTheSize) {
 }
 
 TEST(BaseLevel, IsTheFirstThatTheExtentPassesByHalfATile) {
-    struct Case {
-        double x1, y1, x2, y2;
-        int isLB, onDegreeMap, level;
-    };
     const double tiny = std::ldexp(1.0, -23);
     // The comparison is strict; too small everywhere gives 1; isLB of 2 is neither 0 nor 1; on a degree map the width
     // is x2 - y1: 20.5 passes 11.25, and 180.5 passes all; or the height does.
-    const Case cases[] = {
-        {-.5, -.5, .5, .5, 0, 0, 1},     {0, 0, .5, .1, 0, 0, 2},           {0, 0, .1, .26, 0, 0, 2},
-        {0, 0, tiny, tiny, 0, 0, 1},     {0, 0, 3 * tiny, 0, 0, 0, 22},     {-90, 0, 0, 1, 1, 0, 3},
-        {-90, 0, 0, 1, 2, 0, 1},         {0, 0, 90, 45, 2, 1, 3},           {0, 0, .25, .001, 0, 1, 3},
-        {100, 80, 100.5, 80.5, 1, 1, 5}, {100, -80, 100.5, -79.5, 1, 1, 1}, {0, 0, 80, 100, 1, 1, 1},
+    const std::tuple<double, double, double, double, int, int, int> cases[] = {
+        {-.5, -.5, .5, .5, 0, 1, 1},
+        {0, 0, .5, .1, 0, 1, 2},
+        {0, 0, .1, .26, 0, 1, 2},
+        {0, 0, tiny, tiny, 0, 1, 1},
+        {0, 0, 3 * tiny, 0, 0, 1, 22},
+        {-90, 0, 0, 1, 1, 1, 3},
+        {-90, 0, 0, 1, 2, 1, 1},
+        {0, 0, 90, 45, 2, 101, 3},
+        {0, 0, .25, .001, 0, 101, 3},
+        {100, 80, 100.5, 80.5, 1, 101, 5},
+        {100, -80, 100.5, -79.5, 1, 101, 1},
+        {0, 0, 80, 100, 1, 101, 1},
     };
-    for (const Case &c : cases) {
-        const auto map = ENUM_MAP_TYPE(c.onDegreeMap ? 101 : 1);
-        EXPECT_EQ(GetBaseLevel(c.x1, c.y1, c.x2, c.y2, c.isLB, map), c.level) << c.x1 << " " << c.x2 << " " << c.isLB;
+    for (const auto &[x1, y1, x2, y2, isLB, map, level] : cases) {
+        EXPECT_EQ(GetBaseLevel(x1, y1, x2, y2, isLB, ENUM_MAP_TYPE(map)), level) << x1 << " " << x2 << " " << isLB;
     }
 }
 
@@ -128,18 +131,14 @@ TEST(Dms, SplitsAndJoins) {
     KtlDegreeToDMS(-116.5125, d, m, s);
     EXPECT_TRUE(d == -116 && m == -30) << d << " " << m;
     EXPECT_NEAR(s, -45.0, 1e-9);
-    struct Case {
-        int d, m;
-        double s;
-        const char *hemisphere;
-        double degree;
+    const std::tuple<int, int, double, const char *, double> cases[] = {
+        {116, 30, 0, "E", 116.5},          {116, 30, 0, "W", -116.5}, {-116, 30, 0, "E", 116.5},
+        {30, 15, 36, "S", -30.26},         {30, 15, 36, "s", 30.26},  {30, -15, 0, "N", 29.75},
+        {INT_MIN, 0, 0, "", 2147483648.0},
     };
-    const Case cases[] = {{116, 30, 0, "E", 116.5},         {116, 30, 0, "W", -116.5}, {-116, 30, 0, "E", 116.5},
-                          {30, 15, 36, "S", -30.26},        {30, 15, 36, "s", 30.26},  {30, -15, 0, "N", 29.75},
-                          {INT_MIN, 0, 0, "", 2147483648.0}};
-    for (const Case &c : cases) {
+    for (const auto &[degrees, minutes, seconds, hemisphere, expected] : cases) {
         double degree = 0;
-        KtlDMSToDegree(c.d, c.m, c.s, c.hemisphere, degree);
-        EXPECT_DOUBLE_EQ(degree, c.degree) << c.d << c.hemisphere;
+        KtlDMSToDegree(degrees, minutes, seconds, hemisphere, degree);
+        EXPECT_DOUBLE_EQ(degree, expected) << degrees << hemisphere;
     }
 }

@@ -4,6 +4,7 @@
 
 #include <climits>
 #include <set>
+#include <tuple>
 
 #include "ktl/platform/exception.h"
 #include "ktl/webmap/mosaic.h"
@@ -39,16 +40,13 @@ TEST(MapType, UserMapsAreReadOncePerPair) {
 }
 
 TEST(BlockState, OffsetsBelow100AreStates) {
-    struct Case {
-        __int64 offset;
-        int length;
-        int state;
-    };
-    const Case cases[] = {
+    const std::tuple<__int64, int, int> cases[] = {
         {0, 0, 1},     {0, 5, 1},  {5, 0, 5},   {5, 1, 5},         {99, 1, 99},           {100, 1, 2},
         {100, 0, 100}, {-1, 1, 2}, {-1, 0, -1}, {LLONG_MAX, 1, 2}, {0x100000007LL, 0, 7}, {LLONG_MIN, -1, 2},
     };
-    for (const Case &c : cases) EXPECT_EQ(GetBlockStateByOffset(c.offset, c.length), c.state) << c.offset;
+    for (const auto &[offset, length, state] : cases) {
+        EXPECT_EQ(GetBlockStateByOffset(offset, length), state) << offset;
+    }
 }
 
 // The limit is a number of tiles in a part; the expected parts were found by following the two searches by hand.

@@ -139,7 +139,8 @@ TEST_F(MapWnd, FreeZoomKeepsTheWholeExtentAndEndsForEveryRatio) {
     ExpectExtent(view.m_extent, {-0.125, 0, 0.375, 0.25});
     ExpectExtent(view.m_extent9, {-0.625, -0.25, 0.875, 0.5});
     EXPECT_EQ(view.m_nLevel, 3);
-
+    view.ZoomToExtent(CExtent(0, 0, 1, 0.25));
+    ExpectExtent(view.m_extent, {0, -0.125, 1, 0.375});
     // 200 pixels are exactly half the square: not yet more than it.
     view.ZoomToExtent(CExtent(-1, -0.5, 1, 0.5));
     EXPECT_EQ(view.GetRatio(), 400.0);

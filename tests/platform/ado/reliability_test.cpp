@@ -153,6 +153,34 @@ TEST(Killed, RowsLeftBehindTheCountNeverAppear) {
     }
 }
 
+TEST(Killed, AMissingMemoFileIsThereWholeOrNotAtAll) {
+    bool atEnd = false;
+    for (int calls = 0; !atEnd && calls < 100; ++calls) {
+        const ScratchFolder folder;
+        Tables(folder).Run("Create Table t (ID int,ShapeID int,m memo)");
+        Tables(folder).Run("Insert Into t (ID,ShapeID) Values (1,1)");
+        std::filesystem::remove(folder.Path("t.fpt"));
+        const pid_t child = ::fork();
+        if (child == 0) {
+            FaultyFileSystem files;
+            files.ExitAfter(calls, 3);
+            Tables(folder).Run("Update t Set m='text' Where ShapeID=1");
+            ::_exit(0);
+        }
+        int status = 0;
+        ::waitpid(child, &status, 0);
+        atEnd = WEXITSTATUS(status) == 0;
+        if (folder.Has("t.fpt")) {
+            EXPECT_EQ(folder.Read("t.fpt").substr(6, 2), std::string("\0\x40", 2)) << "the block size";
+        }
+        const std::string rows = Tables(folder).Rows("Select m From t");
+        EXPECT_TRUE(rows == "text\n" || rows == "\n" || rows == "~\n") << rows;
+        Tables(folder).Run("Update t Set m='after' Where ShapeID=1");
+        EXPECT_EQ(Tables(folder).Rows("Select m From t"), "after\n") << calls;
+    }
+    EXPECT_TRUE(atEnd);
+}
+
 TEST(FailingDisk, AnErrorIsToldAndTheTableStaysWhole) {
     const std::vector<std::string> states = States();
     for (int calls = 0; calls < 1000; ++calls) {

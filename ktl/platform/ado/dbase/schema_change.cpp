@@ -5,6 +5,7 @@
 
 #include "ktl/platform/ado/dbase/beside.h"
 #include "ktl/platform/ado/dbase/cell.h"
+#include "ktl/platform/ado/dbase/new_file.h"
 #include "ktl/platform/ado/error.h"
 #include "ktl/platform/ado/names.h"
 #include "ktl/platform/ado/sql/arithmetic.h"
@@ -16,29 +17,6 @@ namespace {
 using Change = sql::AlterTableStatement::Change;
 
 constexpr std::size_t kWriteBytes = 256 * 1024;
-
-/// A file that is written under another name and takes its place at the end; without that it is removed.
-class NewFile {
-  public:
-    explicit NewFile(std::string target) : m_target(std::move(target)), m_path(TemporaryNameFor(m_target)) {}
-    NewFile(const NewFile &) = delete;
-    NewFile &operator=(const NewFile &) = delete;
-    ~NewFile() {
-        if (!m_placed) FileSystem::Current().Remove(m_path);
-    }
-    const std::string &GetPath() const { return m_path; }
-    void Place() {
-        if (const int error = FileSystem::Current().Rename(m_path, m_target)) {
-            ThrowFileError("replaced", m_target, error);
-        }
-        m_placed = true;
-    }
-
-  private:
-    std::string m_target;
-    std::string m_path;
-    bool m_placed = false;
-};
 
 /// A field of the new table and where its values come from.
 struct NewField {

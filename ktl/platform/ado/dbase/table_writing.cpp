@@ -5,6 +5,7 @@
 
 #include "ktl/platform/ado/dbase/beside.h"
 #include "ktl/platform/ado/dbase/cell.h"
+#include "ktl/platform/ado/dbase/new_file.h"
 #include "ktl/platform/ado/dbase/table.h"
 #include "ktl/platform/ado/error.h"
 
@@ -48,7 +49,9 @@ MemoFile *Table::NeedMemo() {
     if (MemoFile *memo = FindMemo()) return memo;
     const std::uint32_t lost = GreatestMemoPointer();
     if (!m_header.IsFoxProFamily() || lost > kMostLostBlocks) return nullptr;
-    MemoFile::Create(WithExtension(m_file.GetPath(), ".fpt"), lost);
+    NewFile file(WithExtension(m_file.GetPath(), ".fpt"));
+    MemoFile::Create(file.GetPath(), lost);
+    file.Place();
     m_memoReady = false;
     return FindMemo();
 }

@@ -188,7 +188,7 @@ class KTL_API Graphics {
     Status MeasureString(const WCHAR *text, INT length, const Font *font, const PointF &origin, RectF *box) const;
 
     /// The target and the drawing state, for the inside of the drawing layer.
-    struct State;
+    struct [[gnu::visibility("hidden")]] State;
     State *GetState() const { return m_state.get(); }
     /// Takes ownership; for surfaces that are no bitmap.
     explicit Graphics(std::unique_ptr<State> state);

@@ -46,7 +46,7 @@ using PatternPtr = std::unique_ptr<cairo_pattern_t, PatternDeleter>;
 }  // namespace ktl::raster
 
 /// The target and the drawing state of a `Graphics`.
-struct [[gnu::visibility("hidden")]] Gdiplus::Graphics::State {
+struct Gdiplus::Graphics::State {
     /// Draws on the surface, of which it holds a reference. The bounds limit every clip.
     State(cairo_surface_t *target, const ktl::raster::Box &targetBounds, REAL xdpi, REAL ydpi);
 

@@ -180,22 +180,6 @@ void UpdateTogetherKtl(benchmark::State &state) {
     state.SetItemsProcessed(state.iterations() * kKeys);
 }
 
-void UpdateSqlite(benchmark::State &state) {
-    sqlite3_stmt *update = FullSqlite().Prepare("UPDATE w001 SET people=? WHERE ShapeID=?");
-    for (auto _ : state) {
-        FullSqlite().Run("BEGIN");
-        for (const int key : Keys()) {
-            sqlite3_bind_int(update, 1, key % 977);
-            sqlite3_bind_int(update, 2, key);
-            sqlite3_step(update);
-            sqlite3_reset(update);
-        }
-        FullSqlite().Run("COMMIT");
-    }
-    sqlite3_finalize(update);
-    state.SetItemsProcessed(state.iterations() * kKeys);
-}
-
 void RowKtl(benchmark::State &state) {
     CTable_Local_dbf &table = FullTable();
     const PeakMemory peak;
@@ -257,17 +241,6 @@ void SearchKtl(benchmark::State &state, const char *word) {
         benchmark::DoNotOptimize(hits.GetSize());
     }
     state.counters["MB"] = peak.Megabytes();
-}
-
-void SearchSqlite(benchmark::State &state, const char *word) {
-    const std::string statement = std::string("SELECT ShapeID,name FROM w001 WHERE name LIKE '%") + word +
-                                  "%' AND ID <> -1 ORDER BY ShapeID LIMIT 200";
-    sqlite3_stmt *select = FullSqlite().Prepare(statement.c_str());
-    for (auto _ : state) {
-        while (sqlite3_step(select) == SQLITE_ROW) benchmark::DoNotOptimize(sqlite3_column_text(select, 1));
-        sqlite3_reset(select);
-    }
-    sqlite3_finalize(select);
 }
 
 BENCHMARK(SaveKtl)->Name("save_200k/ktl")->Unit(benchmark::kMillisecond);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <benchmark/benchmark.h>
 #include <gdal.h>
 #include <ogr_api.h>
 #include <sqlite3.h>
@@ -158,6 +159,35 @@ inline Ogr &FullOgr() {
     }();
     (void)filled;
     return data;
+}
+
+/// `kKeys` rows changed by key.
+inline void UpdateSqlite(benchmark::State &state) {
+    sqlite3_stmt *update = FullSqlite().Prepare("UPDATE w001 SET people=? WHERE ShapeID=?");
+    for (auto _ : state) {
+        FullSqlite().Run("BEGIN");
+        for (const int key : Keys()) {
+            sqlite3_bind_int(update, 1, key % 977);
+            sqlite3_bind_int(update, 2, key);
+            sqlite3_step(update);
+            sqlite3_reset(update);
+        }
+        FullSqlite().Run("COMMIT");
+    }
+    sqlite3_finalize(update);
+    state.SetItemsProcessed(state.iterations() * kKeys);
+}
+
+/// The first 200 rows whose name holds the word.
+inline void SearchSqlite(benchmark::State &state, const char *word) {
+    const std::string statement = std::string("SELECT ShapeID,name FROM w001 WHERE name LIKE '%") + word +
+                                  "%' AND ID <> -1 ORDER BY ShapeID LIMIT 200";
+    sqlite3_stmt *select = FullSqlite().Prepare(statement.c_str());
+    for (auto _ : state) {
+        while (sqlite3_step(select) == SQLITE_ROW) benchmark::DoNotOptimize(sqlite3_column_text(select, 1));
+        sqlite3_reset(select);
+    }
+    sqlite3_finalize(select);
 }
 
 }  // namespace ktl::bench

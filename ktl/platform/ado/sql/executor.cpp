@@ -56,12 +56,27 @@ auto AtRow(const Table &table, const CString &name, Walk walk) {
 
 }  // namespace
 
+/// An Update or a Delete.
+template <class PlanType, class ChangeStatement>
+long long Executor::Change(PreparedStatement &prepared, std::string_view text, const ChangeStatement &statement) {
+    const CString name = statement.table.text;
+    const TableUse table(*m_store, name, Access::Write);
+    PlanType &plan = PlanFor<PlanType, ChangeStatement>(prepared, text, *table);
+    const long long count = AtRow(*table, name, [&] { return plan.Run(*table); });
+    table->Commit();
+    return count;
+}
+
 long long Executor::Execute(std::string_view statement) {
     PreparedStatement &prepared = m_cache.Get(statement);
     const Statement &tree = prepared.parsed->statement;
     if (const auto *insert = std::get_if<InsertStatement>(&tree)) return Run(prepared, statement, *insert);
-    if (const auto *update = std::get_if<UpdateStatement>(&tree)) return Run(prepared, statement, *update);
-    if (const auto *remove = std::get_if<DeleteStatement>(&tree)) return Run(prepared, statement, *remove);
+    if (const auto *update = std::get_if<UpdateStatement>(&tree)) {
+        return Change<UpdatePlan>(prepared, statement, *update);
+    }
+    if (const auto *remove = std::get_if<DeleteStatement>(&tree)) {
+        return Change<DeletePlan>(prepared, statement, *remove);
+    }
     if (const auto *select = std::get_if<SelectStatement>(&tree)) {
         return Run(prepared, statement, *select)->GetRecordCount();
     }
@@ -172,24 +187,6 @@ long long Executor::InsertSelected(PreparedStatement &prepared, std::string_view
     };
     AtRow(*source, select.table.text, [&] { plan.ForEachRow(*source, append); });
     target->Commit();
-    return count;
-}
-
-long long Executor::Run(PreparedStatement &prepared, std::string_view text, const UpdateStatement &update) {
-    const CString name = update.table.text;
-    const TableUse table(*m_store, name, Access::Write);
-    UpdatePlan &plan = PlanFor<UpdatePlan, UpdateStatement>(prepared, text, *table);
-    const long long count = AtRow(*table, name, [&] { return plan.Run(*table); });
-    table->Commit();
-    return count;
-}
-
-long long Executor::Run(PreparedStatement &prepared, std::string_view text, const DeleteStatement &remove) {
-    const CString name = remove.table.text;
-    const TableUse table(*m_store, name, Access::Write);
-    DeletePlan &plan = PlanFor<DeletePlan, DeleteStatement>(prepared, text, *table);
-    const long long count = AtRow(*table, name, [&] { return plan.Run(*table); });
-    table->Commit();
     return count;
 }
 

@@ -37,8 +37,8 @@ class Executor {
     };
     RecordsetRef ReadPage(std::string_view statement, PagePlace &place);
     long long Run(PreparedStatement &prepared, std::string_view text, const InsertStatement &insert);
-    long long Run(PreparedStatement &prepared, std::string_view text, const UpdateStatement &update);
-    long long Run(PreparedStatement &prepared, std::string_view text, const DeleteStatement &remove);
+    template <class PlanType, class ChangeStatement>
+    long long Change(PreparedStatement &prepared, std::string_view text, const ChangeStatement &statement);
     long long Run(const ParsedStatement &parsed, const ReplaceStatement &replace);
     void Run(const UseStatement &use);
     CString TableOrArea(const Name &table) const;

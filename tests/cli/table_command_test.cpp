@@ -2,6 +2,7 @@
 
 #include "tests/cli/command_run.h"
 #include "tests/host/scratch_folder.h"
+#include "tests/support/tds_server/server.h"
 
 namespace {
 
@@ -77,6 +78,24 @@ TEST_F(TableCommand, SearchAndInfo) {
 }
 
 // 1000 rows are measured; what comes behind is not held.
+TEST_F(TableCommand, AServerAndAnAccessFileAreStores) {
+    const ktl::test::TdsServer server("sa", "密'码", {"map"});
+    const std::string store = "Provider=SQLOLEDB.1;User ID=sa;Password=\"密'码\";Data Source=127.0.0.1," +
+                              std::to_string(server.Port()) + ";Initial Catalog=map";
+    const auto sql = [&](const std::string &statement) { return Table({"sql", store, statement, "--csv"}); };
+    EXPECT_EQ(sql("Create Table w001 (ID int, name nvarchar(20), b image)").status, 0);
+    EXPECT_EQ(sql("Insert Into w001 Values (1,N'中国',0x61626364)").out, "rows\r\n1\r\n");
+    EXPECT_EQ(sql("Select * From w001 Where name Like N'%国%'").out, "ID,name,b\r\n1,中国,YWJjZA==\r\n");
+    const CommandResult fault = sql("Select * From missing");
+    EXPECT_EQ(fault.status, 1);
+    EXPECT_NE(fault.err.find("missing"), std::string::npos) << fault.err;
+
+    const std::string file = KTL_SOURCE_DIR "/tests/platform/ado/data/sample.mdb";
+    EXPECT_EQ(Table({"sql", file, "Select UserId,UserName From Users Where UserName Like '%三%'", "--csv"}).out,
+              "UserId,UserName\r\n3,张三\r\n");
+    EXPECT_EQ(Table({"sql", file, "Delete From Users"}).status, 1);
+}
+
 TEST_F(TableCommand, RowsBehindTheMeasuredOnesComeToo) {
     std::string rows = "name,\n";
     for (int i = 0; i < 2500; ++i) rows += i == 2400 ? std::string(200, 'x') + ",\n" : "r,\n";

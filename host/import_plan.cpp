@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <iterator>
 
 #include "host/error.h"
 #include "host/text_number.h"
@@ -57,9 +58,11 @@ CString PlainName(const CString &name) {
     return CutBetweenCharacters(CString(plain), kNameBytes);
 }
 
-// The system marks a column of that name as its own.
+// The system marks a column called Update as its own; the others mean something in statements.
 bool IsTaken(const CFields &fields, const CString &name) {
-    return fields.IsExist(name) != 0 || name.CompareNoCase("Update") == 0;
+    constexpr const char *kReserved[] = {"Update", "Not", "Null", "True", "False"};
+    return fields.IsExist(name) != 0 || std::any_of(std::begin(kReserved), std::end(kReserved),
+                                                    [&](const char *word) { return name.CompareNoCase(word) == 0; });
 }
 
 CString UniqueName(const CFields &fields, const CString &wanted) {

@@ -53,13 +53,14 @@ TEST_F(TableImport, TypesAndValuesComeOver) {
 TEST_F(TableImport, NamesAreCutBetweenCharactersAndUnique) {
     const auto table = NewTable();
     const TableReport report = ImportTable(
-        {Source("\"a中国地图省市\":1,\"a中国地图县\":2,\"ID\":3,\"shapeid\":\"4\",\"update\":5,\"2 x-y\":6,\"\":7"),
+        {Source("\"a中国地图省市\":1,\"a中国地图县\":2,\"ID\":3,\"shapeid\":\"4\",\"update\":5,\"2 x-y\":6,\"\":7,"
+                "\"NULL\":8"),
          ""},
         *table);
     EXPECT_EQ(Names(*table),
               "ID 2 4,ShapeID 2 4,a中国地图 2 4,a中国地图1 2 4,ID1 2 4,shapeid1 1 1,update1 2 4,"
-              "_2_x_y 2 4,_ 2 4,");
-    EXPECT_EQ(report.notes.size(), 7u);
+              "_2_x_y 2 4,_ 2 4,NULL1 2 4,");
+    EXPECT_EQ(report.notes.size(), 8u);
     Save(*table);
     EXPECT_EQ(table->GetRecordCount(0), 1);
 }

@@ -4,6 +4,7 @@
 
 #include <csignal>
 #include <cstdio>
+#include <ctime>
 #include <string_view>
 
 #include "apps/cli/command.h"
@@ -13,31 +14,57 @@ namespace ktl::cli {
 namespace {
 
 constexpr std::chrono::milliseconds kBetweenLines{100};
+/// Seconds.
+constexpr double kBetweenSignals = 0.3;
 constexpr int kStopSignals[] = {SIGINT, SIGTERM};
 
 volatile std::sig_atomic_t interrupted = 0;
+const char *message = "";
+/// What the first signal does.
+void (*onFirst)() = nullptr;
+volatile std::sig_atomic_t isSignalled = 0;
+timespec firstTime = {};
 
-void NoteInterrupt(int) {
+void NoteInterrupt() {
     interrupted = 1;
 }
 
-const char *message = "";
-
-void OnMessage(int) {
+void WriteMessage() {
     const std::string_view text = message;
     if (write(STDERR_FILENO, text.data(), text.size()) < 0) _exit(kExitInterrupted);
 }
 
-void OnLastMessage(int signal) {
-    OnMessage(signal);
+void WriteLastMessage() {
+    WriteMessage();
     _exit(kExitInterrupted);
 }
 
-void Watch(void (*handler)(int)) {
-    struct sigaction action = {};
-    action.sa_handler = handler;
-    action.sa_flags = static_cast<int>(SA_RESETHAND | SA_RESTART);
-    for (const int signal : kStopSignals) sigaction(signal, &action, nullptr);
+/// A second signal ends the program at once. One that comes along with the first doesn't count: who stops programs
+/// often signals the process and then its group.
+void OnSignal(int signal) {
+    timespec now = {};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    if (isSignalled == 0) {
+        isSignalled = 1;
+        firstTime = now;
+        onFirst();
+        return;
+    }
+    const double seconds = static_cast<double>(now.tv_sec - firstTime.tv_sec) +
+                           static_cast<double>(now.tv_nsec - firstTime.tv_nsec) * 1e-9;
+    if (seconds < kBetweenSignals) return;
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
+}
+
+void Watch(void (*action)()) {
+    onFirst = action;
+    isSignalled = 0;
+    struct sigaction watch = {};
+    watch.sa_handler = OnSignal;
+    watch.sa_flags = SA_RESTART;
+    for (const int signal : kStopSignals) sigaddset(&watch.sa_mask, signal);
+    for (const int signal : kStopSignals) sigaction(signal, &watch, nullptr);
 }
 
 void Unwatch() {
@@ -78,7 +105,7 @@ void TerminalProgress::Show(const host::Progress &progress) {
 
 InterruptMessage::InterruptMessage(const char *text, OnInterrupt action) {
     message = text;
-    Watch(action == OnInterrupt::kEnd ? OnLastMessage : OnMessage);
+    Watch(action == OnInterrupt::kEnd ? WriteLastMessage : WriteMessage);
 }
 
 InterruptMessage::~InterruptMessage() {

@@ -8,7 +8,6 @@
 
 #include "ktl/attributes/ado_net.h"
 #include "ktl/attributes/fields.h"
-#include "ktl/attributes/table_local_mdb.h"
 #include "ktl/platform/ado/connection_string.h"
 #include "ktl/platform/ado/error.h"
 #include "ktl/platform/ado/static_recordset.h"
@@ -127,15 +126,4 @@ TEST_F(TableNet, ColumnTypesFollowTheTable) {
         }
     }
     EXPECT_EQ(table.GetFieldCount(), position);
-}
-
-TEST_F(TableNet, AccessTableIsAPlaceOnly) {
-    CTable_Local_mdb table;
-    EXPECT_EQ(table.GetTableKind(), 2);
-    EXPECT_EQ(table.GetTableFields(), nullptr);
-    EXPECT_EQ(table.GetRecordCount(1), 0);
-    EXPECT_EQ(table.GetShapeProperty(1, 0), nullptr);
-    EXPECT_FALSE(table.GetRecordset("Select 1"));
-    EXPECT_EQ(table.DeleteField(CField()), 0);
-    EXPECT_EQ(m_app.Log(), "");
 }

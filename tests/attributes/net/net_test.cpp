@@ -73,6 +73,7 @@ class Net : public ::testing::Test {
 // In a process of its own, since the driver manager remembers its list of drivers.
 TEST(NetDeathTest, DriverThatIsNotInstalledIsNamedInTheLog) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
+    // Ends before the process does, so that its folder goes.
     const auto connect = [] {
         const Application app;
         ::setenv("ODBCSYSINI", app.Folder().Path().c_str(), 1);
@@ -80,9 +81,10 @@ TEST(NetDeathTest, DriverThatIsNotInstalledIsNamedInTheLog) {
         ado.InitAdo("127.0.0.1,1", "sa", "", "map", 0);
         const int connected = ado.Connection(CString());
         std::fprintf(stderr, "%s", app.Log().c_str());
-        std::exit(connected);
+        return connected;
     };
-    EXPECT_EXIT(connect(), ::testing::ExitedWithCode(0), "000002\nThe ODBC driver \"FreeTDS\" is not installed.\n");
+    EXPECT_EXIT(std::exit(connect()), ::testing::ExitedWithCode(0),
+                "000002\nThe ODBC driver \"FreeTDS\" is not installed.\n");
 }
 
 std::string Bytes(std::size_t size) {
